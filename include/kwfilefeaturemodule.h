@@ -1,0 +1,34 @@
+#ifndef LIBNOTE_KWFILEFEATUREMODULE_H
+#define LIBNOTE_KWFILEFEATUREMODULE_H
+
+#include <string>
+#include <vector>
+
+#include "config.h"
+
+// The header module of a note: properties of the whole file.
+class KwFileFeatureModule {
+public:
+    KwFileFeatureModule();
+
+    std::string moduleLabel;
+    std::string fileType;
+    std::string applyEquipment;
+    unsigned long finalOperationPage;
+    std::string finalOperationLayer;
+    std::string originalStyle;
+    std::string originalStyleMd5;
+    std::string deviceDpi;
+    std::string softDpi;
+    unsigned long fileParseType;
+    std::string etmd;
+    unsigned long appVersion;
+    std::string fileId;
+    unsigned long fileRecognType;
+    std::string fileRecognLanguage;
+
+    void setInfoOfModuleFile(std::vector<ModuleItem>& items);
+    void produceVecMI(std::vector<ModuleItem>& items);
+};
+
+#endif

@@ -1,0 +1,71 @@
+#ifndef LIBNOTE_KWPAGEFEATUREMODULE_H
+#define LIBNOTE_KWPAGEFEATUREMODULE_H
+
+#include <string>
+#include <vector>
+
+#include "config.h"
+#include "trailContainer.h"
+
+// One five-star mark of a page: eleven numbers carried unchanged.
+struct fiveStarDB {
+    int values[11];
+};
+
+// Which keys of a page block are taken; flag i is byte i of the record.
+struct PageFeatureReadFlag {
+    bool pageStyle = false;
+    bool pageStyleMd5 = false;
+    bool mainLayer = false;
+    bool layer1 = false;
+    bool layer2 = false;
+    bool layer3 = false;
+    bool bgLayer = false;
+    bool totalPath = false;
+    bool totalPathHead = false;
+    bool totalPathTrails = false;
+    bool fiveStar = false;
+    bool layerInfo = false;
+    bool layerSeq = false;
+    bool thumbnailType = false;
+    bool recognStatus = false;
+    bool recognText = false;
+    bool recognFile = false;
+    bool pageId = false;
+    bool recognType = false;
+    bool recognFileStatus = false;
+    bool recognLanguage = false;
+};
+
+// What one page's metadata block says, and its strokes when asked for.
+class KwPageFeatureModule {
+public:
+    KwPageFeatureModule();
+
+    std::string pageStyle;
+    std::string pageStyleMd5;
+    std::string layerInfo;
+    std::string layerSeq;
+    int mainLayerSite;
+    int layer1Site;
+    int layer2Site;
+    int layer3Site;
+    int bgLayerSite;
+    int totalPathSite;
+    int thumbnailType;
+    int recognStatus;
+    int recognText;
+    int recognFile;
+    std::string pageId;
+    int recognType;
+    int recognFileStatus;
+    std::string recognLanguage;
+    std::vector<TrailContainer> trails;
+    unsigned long trailCount;
+    std::vector<fiveStarDB> fiveStars;
+    unsigned long totalPathLength;
+
+    int setInfoOfPageFeature(std::vector<ModuleItem>& items, std::string path, PageFeatureReadFlag& flags);
+};
+
+#endif

@@ -1,0 +1,1 @@
+#include "kwdataload.h"
