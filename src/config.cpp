@@ -1,1 +1,816 @@
 #include "config.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "log.h"
+
+std::string kwFileIdenificationTag = "KW_FILE_VER_20220013";
+
+// ---------------------------------------------------------------------------------------
+// Small helpers
+
+namespace {
+
+// Calls f(begin, length) for each non-empty piece of text between characters of delimiters.
+template <class F>
+void forEachPiece(const std::string& text, const std::string& delimiters, F&& f) {
+    if (delimiters.empty()) return;
+    std::size_t start = 0;
+    for (std::size_t at = text.find_first_of(delimiters); at != std::string::npos;
+         at = text.find_first_of(delimiters, start)) {
+        if (at > start) f(start, at - start);
+        start = at + 1;
+    }
+    if (start < text.size()) f(start, text.size() - start);
+}
+
+}  // namespace
+
+std::vector<std::string> split(std::string text, std::string delimiters) {
+    std::vector<std::string> pieces;
+    forEachPiece(text, delimiters, [&](std::size_t at, std::size_t n) { pieces.push_back(text.substr(at, n)); });
+    return pieces;
+}
+
+bool myStartsWith(std::string text, std::string prefix) {
+    if (text.empty() || prefix.empty()) return false;
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+// The not-found value of the search and the wrapped difference of the lengths are the same
+// number when suffix is one character longer than text; that call returns true.
+bool myEndsWith(std::string text, std::string suffix) {
+    if (text.empty() || suffix.empty()) return false;
+    return text.rfind(suffix) == text.size() - suffix.size();
+}
+
+bool flushfsyncfclose(FILE*& fp, bool doFlush, bool /*doSync: never synchronised*/, bool doClose) {
+    if (fp == nullptr) return true;
+    if (doFlush && std::fflush(fp) != 0) {
+        kwlog::errnoOnly("fflush failed-----errno:", errno);
+        // A stream that cannot be flushed is closed anyway, so that it does not leak.
+        if (std::fclose(fp) != 0) {
+            kwlog::errnoOnly("close file failed-----errno:", errno);
+            return false;
+        }
+        fp = nullptr;
+        return false;
+    }
+    if (!doClose) return true;
+    if (std::fclose(fp) != 0) {
+        kwlog::errnoOnly("close file failed-----errno:", errno);
+        return false;
+    }
+    fp = nullptr;
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Metadata blocks
+
+namespace {
+
+void closeAfterFailure(FILE*& fp) {
+    if (!flushfsyncfclose(fp, false, false, true)) kwlog::text("fclose error.");
+}
+
+bool failSeek(FILE*& fp) {
+    kwlog::errnoWithText("fseek failed-----errno:", errno, "errmsg:");
+    closeAfterFailure(fp);
+    return false;
+}
+
+// Appends an item for each ">"-piece that divides into exactly two ":"-pieces. The first
+// character of the key is dropped whatever it is: it is the "<" of a well-formed item.
+void parseItems(const std::string& text, std::vector<ModuleItem>& items) {
+    static const std::string itemEnd = ">";
+    static const std::string keyEnd = ":";
+    forEachPiece(text, itemEnd, [&](std::size_t at, std::size_t n) {
+        std::string piece = text.substr(at, n);
+        std::size_t parts = 0;
+        std::size_t keyAt = 0, keyLen = 0, valueAt = 0, valueLen = 0;
+        forEachPiece(piece, keyEnd, [&](std::size_t pAt, std::size_t pLen) {
+            if (parts == 0) keyAt = pAt, keyLen = pLen;
+            if (parts == 1) valueAt = pAt, valueLen = pLen;
+            ++parts;
+        });
+        if (parts == 2) items.push_back({piece.substr(keyAt + 1, keyLen - 1), piece.substr(valueAt, valueLen)});
+    });
+}
+
+}  // namespace
+
+bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned long site) {
+    if (fp == nullptr) {
+        kwlog::text("ERROR para fp is null");
+        return false;
+    }
+    items.clear();
+
+    if (std::fseek(fp, 0, SEEK_END) != 0) return failSeek(fp);
+    const long end = std::ftell(fp);
+    if (end < 0) return failSeek(fp);
+    const unsigned long size = static_cast<unsigned long>(end);
+    // Compared without forming site + 4, which a hostile site could wrap around.
+    if (site > size || size - site < 4) {
+        kwlog::text("nSite is error");
+        closeAfterFailure(fp);
+        return false;
+    }
+    if (std::fseek(fp, static_cast<long>(site), SEEK_SET) != 0) return failSeek(fp);
+
+    uint32_t length = 0;
+    if (std::fread(&length, 4, 1, fp) != 1) {
+        kwlog::errnoWithText("content size read file failed-----errno:", errno, ",errmsg:");
+        closeAfterFailure(fp);
+        return false;
+    }
+    // The length field is not counted here, so a block may overrun the file by up to 4
+    // bytes and fail at the read instead.
+    if (size - site < length) {
+        kwlog::text("content size is bigger than file size");
+        closeAfterFailure(fp);
+        return false;
+    }
+
+    std::unique_ptr<char[]> buffer(new char[length + 1ul]());
+    // One unit of N bytes: a block with N = 0 delivers no unit and fails here.
+    if (std::fread(buffer.get(), length, 1, fp) != 1) {
+        kwlog::errnoOnly("content read file failed-----errno:", errno);
+        kwlog::text(",errmsg:");
+        closeAfterFailure(fp);
+        return false;
+    }
+    const std::string text(buffer.get());  // up to the first zero byte
+    buffer.reset();
+
+    parseItems(text, items);
+    if (items.empty()) {
+        kwlog::line("readModuleItemFromFile failed.");
+        std::fflush(stdout);
+        closeAfterFailure(fp);
+        return false;
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Layer bitmaps: the run-length code
+
+// Colour code -> pixel value; 0xFF (skip) for every code the encoder never writes.
+const int UNCOMPRESS_INDEX[256] = {
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0x00, 0xFF, 0x30, 0x50, 0xFE, 0x01, 0x31, 0x51, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+};
+
+// Pixel value -> colour code; values that are not pixel values code as 0x00, a skip.
+const unsigned char COMPRESS_INDEX[256] = {
+    0x61, 0x66, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x63, 0x67, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x64, 0x68, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x65, 0x62,
+};
+
+// Pixel value -> colour 0xAARRGGBB (stored as int, hence the casts).
+const int NOTE_COLOR_CONVERT_INDEX[256] = {
+    int(0xFF010101), int(0xFF010101), 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    int(0xFF9D9D9D), int(0xFF9D9D9D), 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    int(0xFFC9C9C9), int(0xFFC9C9C9), 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, int(0xFFFEFEFE), 0,
+};
+
+namespace {
+
+constexpr unsigned long kPictureSize = 1872ul * 1404ul;
+
+// The run length of a length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
+inline unsigned long runLength(unsigned char b) {
+    return b < 0x80 ? b + 1ul : ((b & 0x7Ful) + 1ul) * 128ul;
+}
+
+inline void store8(char* p, uint64_t pattern) { std::memcpy(p, &pattern, 8); }
+inline void store4(char* p, uint32_t pattern) { std::memcpy(p, &pattern, 4); }
+inline void store2(char* p, uint16_t pattern) { std::memcpy(p, &pattern, 2); }
+
+// Fills n bytes with value in one block fill. Handwriting is mostly short runs, for which a
+// call to memset costs more than the fill itself, so those are written with stores that
+// overlap inside the run and never touch a byte outside it.
+inline void fillRun(char* p, unsigned char value, unsigned long n) {
+    const uint64_t pattern = 0x0101010101010101ull * value;
+    if (n >= 32) {
+        std::memset(p, value, n);
+    } else if (n >= 16) {
+        store8(p, pattern);
+        store8(p + 8, pattern);
+        store8(p + n - 16, pattern);
+        store8(p + n - 8, pattern);
+    } else if (n >= 8) {
+        store8(p, pattern);
+        store8(p + n - 8, pattern);
+    } else if (n >= 4) {
+        store4(p, static_cast<uint32_t>(pattern));
+        store4(p + n - 4, static_cast<uint32_t>(pattern));
+    } else if (n >= 2) {
+        store2(p, static_cast<uint16_t>(pattern));
+        store2(p + n - 2, static_cast<uint16_t>(pattern));
+    } else {
+        *p = static_cast<char>(value);
+    }
+}
+
+}  // namespace
+
+bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size is fixed*/, char* src,
+                          unsigned long srcLen) {
+    if (src == nullptr) {
+        kwlog::text("uncompresseDataByRLE srcData nullptr.");
+        return false;
+    }
+    unsigned long total = 0;
+    for (unsigned long i = 0; i < srcLen; i += 2) {
+        const signed char code = static_cast<signed char>(src[i]);
+        const unsigned long n = runLength(static_cast<unsigned char>(src[i + 1]));
+        // Codes 0x80 and above fall outside the table; like every code the encoder never
+        // writes, they are skipped pixels.
+        const unsigned char value = code < 0 ? 0xFF : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
+        // Runs past the end of the picture are counted but never written.
+        if (value != 0xFF && total < kPictureSize)
+            fillRun(dest + total, value, std::min(n, kPictureSize - total));
+        total += n;
+    }
+    if (total != kPictureSize) {
+        kwlog::text("uncompresseDataByRLE DataLen:");
+        kwlog::unsignedNumber(total);
+    }
+    return true;
+}
+
+int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned long& outLen) {
+    const unsigned char code = COMPRESS_INDEX[value];
+    unsigned char* p = out;
+    for (int whole = count >> 14; whole > 0; --whole) {
+        *p++ = code;
+        *p++ = 0xFF;
+    }
+    count &= 0x3FFF;
+    if (const int m = count >> 7) {
+        *p++ = code;
+        *p++ = static_cast<unsigned char>(0x7F + m);
+    }
+    if (const int r = count & 0x7F) {
+        *p++ = code;
+        *p++ = static_cast<unsigned char>(r - 1);
+    }
+    const int written = static_cast<int>(p - out);
+    outLen += written;
+    return written;
+}
+
+namespace {
+
+// The eight values a layer is made of: only runs of these pass a block at a time.
+inline bool isLayerValue(unsigned char v) {
+    switch (v) {
+        case 0xFF: case 0x00: case 0x30: case 0x50: case 0xFE: case 0x01: case 0x31: case 0x51:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Codes one block byte by byte. A byte is compared as signed with the run value as
+// unsigned, so a byte of 0x80 or more never continues a run: each 0xFE or 0xFF met here
+// becomes a run of its own. The position test looks at the place in the block, not in
+// the input, and so only matters for an input of exactly 8 bytes.
+inline void codeBlockBytewise(const char* block, unsigned long size, int& count, unsigned char& runValue,
+                              unsigned char* work, unsigned long& workLen) {
+    for (unsigned long k = 0; k < 8; ++k) {
+        const signed char byte = static_cast<signed char>(block[k]);
+        if (static_cast<int>(byte) == static_cast<int>(runValue) && k != size - 1) {
+            ++count;
+        } else {
+            unitForRLE(count, runValue, work + workLen, workLen);
+            runValue = static_cast<unsigned char>(byte);
+            count = 1;
+        }
+    }
+}
+
+}  // namespace
+
+bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsigned long& destLen) {
+    // A badly compressible input needs up to two bytes a pixel, twice the input's size.
+    const unsigned long workSize = size > ULONG_MAX / 4 ? 0 : 2 * size + 2;
+    std::unique_ptr<unsigned char[]> work(workSize ? new (std::nothrow) unsigned char[workSize] : nullptr);
+    if (!work) {
+        kwlog::text("compresseDataByRLE oriDestData malloc failed.");
+        return false;
+    }
+    unsigned long workLen = 0;
+    int count = 0;
+    unsigned char runValue = size > 0 ? static_cast<unsigned char>(src[0]) : 0;
+
+    // The last size mod 8 bytes are not coded; a layer bitmap has none.
+    const unsigned long blocks = size / 8;
+    for (unsigned long b = 0; b < blocks; ++b) {
+        const char* block = src + 8 * b;
+        uint64_t bytes;
+        std::memcpy(&bytes, block, 8);
+        if (isLayerValue(runValue) && bytes == 0x0101010101010101ull * runValue)
+            count += 8;
+        else
+            codeBlockBytewise(block, size, count, runValue, work.get(), workLen);
+        // A run that would outgrow the counter is coded in its whole 16384-pixel pairs now;
+        // the remainder stays in the counter, so the code is the same as in one piece.
+        if (count > INT_MAX - 8) unitForRLE(count, runValue, work.get() + workLen, workLen);
+    }
+    unitForRLE(count, runValue, work.get() + workLen, workLen);
+
+    std::memcpy(dest, work.get(), workLen);
+    destLen = workLen;
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Stroke records
+
+namespace {
+
+// Reads a stroke record of `length` bytes. Every byte outside the record reads as zero, so
+// fields that are read without a check decode deterministically from a short or hostile
+// record. Positions are 32-bit, as the record's own arithmetic is.
+class RecordReader {
+public:
+    RecordReader(const char* data, int length) : data_(data), length_(length) {}
+
+    int pos() const { return pos_; }
+    void skipTo(int pos) { pos_ = pos; }
+
+    // Whether n bytes from the current position lie wholly inside the record.
+    bool fits(int64_t n) const { return pos_ >= 0 && pos_ + n <= length_; }
+
+    void bytes(void* out, int n) {
+        if (fits(n)) {
+            std::memcpy(out, data_ + pos_, n);
+        } else {
+            auto* o = static_cast<unsigned char*>(out);
+            for (int i = 0; i < n; ++i) {
+                const int64_t at = int64_t{pos_} + i;
+                o[i] = (at >= 0 && at < length_) ? static_cast<unsigned char>(data_[at]) : 0;
+            }
+        }
+        advance(n);
+    }
+    template <class T>
+    T get() {
+        T v;
+        bytes(&v, sizeof v);
+        return v;
+    }
+    int32_t i32() { return get<int32_t>(); }
+    unsigned char u8() { return get<unsigned char>(); }
+
+    // A NUL-terminated text starting at `at`; the position does not move.
+    std::string textAt(int at) const {
+        std::string s;
+        for (int64_t i = at; i < length_ && data_[i] != '\0'; ++i) s.push_back(data_[i]);
+        return s;
+    }
+
+    void advance(int64_t n) { pos_ = static_cast<int>(static_cast<uint32_t>(pos_) + static_cast<uint32_t>(n)); }
+
+private:
+    const char* data_;
+    int length_;
+    int pos_ = 0;
+};
+
+void readHead(RecordReader& in, TrailContainer& t) {
+    int* const attrA[] = {&t.attrA0, &t.attrA1, &t.attrA2, &t.attrA3, &t.attrA4,  &t.attrA5,
+                          &t.attrA6, &t.attrA7, &t.attrA8, &t.attrA9, &t.attrA10, &t.attrA11};
+    for (int* a : attrA) *a = in.i32();
+    t.typeName = in.textAt(48);
+    in.skipTo(100);
+    t.attrB0 = in.i32();
+    t.attrB1 = in.i32();
+    t.attrB2 = in.i32();
+    t.attrB3 = in.i32();
+    t.attrB4 = in.get<uint64_t>();
+    t.attrC = in.i32();
+    t.maxX = in.i32();
+    t.maxY = in.i32();
+    t.subName = in.textAt(136);
+    in.skipTo(188);
+    t.m_emrPointAxis = in.i32();
+    t.attrF0 = in.i32();
+    t.attrF1 = in.i32();
+    t.attrF2 = in.i32();
+    t.attrG = in.i32();
+}
+
+// A section whose list is sized to its count first and then filled by index. A count whose
+// elements could not fit in the whole record fails before the list is sized, so that a
+// hostile count never costs memory; a negative count asks for an impossible size and raises
+// the standard length error.
+template <class T>
+bool readResizedSection(RecordReader& in, int length, std::vector<T>& list, const char* name) {
+    const int32_t count = in.i32();
+    if (int64_t{count} * int64_t{sizeof(T)} > length) {
+        kwlog::text(name);
+        return false;
+    }
+    list.resize(static_cast<std::size_t>(static_cast<int64_t>(count)));
+    for (int32_t i = 0; i < count; ++i) {
+        if (!in.fits(sizeof(T))) {
+            kwlog::text(name);
+            return false;
+        }
+        in.bytes(&list[i], sizeof(T));
+    }
+    return true;
+}
+
+// A section whose elements are appended one by one, each checked against the record's end.
+template <class T, class List>
+bool readAppendedSection(RecordReader& in, List& list, const char* name) {
+    const int32_t count = in.i32();
+    for (int32_t i = 0; i < count; ++i) {
+        if (!in.fits(sizeof(T))) {
+            kwlog::text(name);
+            return false;
+        }
+        list.push_back(in.get<T>());
+    }
+    return true;
+}
+
+bool readFlagDraw(RecordReader& in, std::vector<bool>& flags) {
+    const int32_t count = in.i32();
+    for (int32_t i = 0; i < count; ++i) {
+        if (!in.fits(1)) {
+            kwlog::text("flagDraw");
+            return false;
+        }
+        flags.push_back(in.u8() != 0);
+    }
+    return true;
+}
+
+// The first element is guarded by the record's minimum length for one area, the later ones
+// by their own end.
+bool readDisableAreas(RecordReader& in, int length, std::vector<FlagRect>& areas) {
+    const int32_t count = in.i32();
+    if (count >= 1 && length < 236) {
+        kwlog::text("disableAreaList");
+        return false;
+    }
+    for (int32_t i = 0; i < count; ++i) {
+        if (!in.fits(sizeof(FlagRect))) {
+            kwlog::text("disableAreaList");
+            return false;
+        }
+        areas.push_back(in.get<FlagRect>());
+    }
+    return true;
+}
+
+void readFixedBlock(RecordReader& in, TrailContainer& t) {
+    t.attrJ0 = in.i32();
+    t.attrJ1 = in.i32();
+    t.attrH = in.i32();
+    t.attrK = in.i32();
+    t.attrL = in.i32();
+    for (int& w : t.rectA) w = in.i32();
+    for (int& w : t.rectB) w = in.i32();
+}
+
+bool readContours(RecordReader& in, std::vector<std::vector<MorvaPointF>>& contours) {
+    const int32_t count = in.i32();
+    for (int32_t i = 0; i < count; ++i) {
+        if (!in.fits(4)) {
+            kwlog::text("PointContour");
+            return false;
+        }
+        const int32_t points = in.i32();
+        if (points > 0 && !in.fits(int64_t{points} * int64_t{sizeof(MorvaPointF)})) {
+            kwlog::text("PointContour");
+            return false;
+        }
+        std::vector<MorvaPointF> contour(points > 0 ? points : 0);
+        if (!contour.empty()) in.bytes(contour.data(), points * static_cast<int>(sizeof(MorvaPointF)));
+        contours.push_back(std::move(contour));
+    }
+    return true;
+}
+
+enum class Tail { Done, Ended, Overrun };
+
+// The tail fields, each read only when the room named for it is left; their guards are not
+// the fields' own widths. Short records end early here without failing.
+Tail readTail(RecordReader& in, TrailContainer& t) {
+    if (!in.fits(4)) return Tail::Ended;
+    t.attrI = in.i32();
+    if (!in.fits(8)) return Tail::Ended;
+    t.ratioB = in.get<double>();
+    if (!in.fits(8)) return Tail::Ended;
+    t.attrD = in.u8();
+    if (!in.fits(8)) return Tail::Ended;
+    t.attrE = in.i32();
+    if (!in.fits(4)) return Tail::Ended;
+    const int32_t extra = in.i32();
+    for (int32_t i = 0; i < extra; ++i) {
+        if (!in.fits(4)) {
+            kwlog::text("m_controlNums");
+            return Tail::Overrun;
+        }
+        t.extraControlNums.push_back(in.i32());
+    }
+    if (!in.fits(4)) return Tail::Ended;
+    t.pageWidth = in.i32();
+    t.pageHeight = in.i32();
+    if (!in.fits(4)) return Tail::Ended;
+    t.attrN = in.i32();
+    if (!in.fits(4)) return Tail::Ended;
+    t.attrP = in.u8();
+    return Tail::Done;
+}
+
+}  // namespace
+
+int data2Trail(char* data, int length, TrailContainer& trail) {
+    RecordReader in(data, length);
+    readHead(in, trail);
+    if (trail.m_emrPointAxis != 1) kwlog::text("m_emrPointAxis != 1");
+
+    in.skipTo(208);
+    if (!readDisableAreas(in, length, trail.disableAreaList)) return -1;
+    if (!readResizedSection(in, length, trail.m_points, "m_points")) return -1;
+    if (!readResizedSection(in, length, trail.pressures, "pressures")) return -1;
+    if (!readResizedSection(in, length, trail.angles, "angles")) return -1;
+    if (!readFlagDraw(in, trail.flagDraw)) return -1;
+    if (!readAppendedSection<MorvaPoint>(in, trail.epaPoints, "epaPoints")) return -1;
+    if (!readAppendedSection<int32_t>(in, trail.epaGrays, "epaGrays")) return -1;
+    readFixedBlock(in, trail);
+    if (!readAppendedSection<int32_t>(in, trail.m_controlNums, "m_controlNums")) return -1;
+    trail.attrM0 = in.i32();
+    trail.attrM1 = in.i32();
+    trail.attrO = in.u8();
+
+    // Short, older records end before the render flag; they are accepted as read so far.
+    if (!in.fits(1)) {
+        kwlog::text("renderFlag empty.");
+        return 0;
+    }
+    trail.renderFlag = in.u8();
+    if (!readContours(in, trail.PointContour)) return -1;
+
+    // The skipped section's elements are not kept; the step is 32-bit arithmetic.
+    const int32_t skipped = in.i32();
+    in.advance(static_cast<int64_t>(static_cast<uint32_t>(skipped) * 16u));
+
+    return readTail(in, trail) == Tail::Overrun ? -1 : 0;
+}
+
+namespace {
+
+// Writes little-endian fields one after another.
+class RecordWriter {
+public:
+    explicit RecordWriter(char* out) : out_(out) {}
+
+    void bytes(const void* p, std::size_t n) {
+        if (n) std::memcpy(out_ + pos_, p, n);
+        pos_ += n;
+    }
+    template <class T>
+    void put(T v) { bytes(&v, sizeof v); }
+    void i32(int32_t v) { put(v); }
+    void u8(unsigned char v) { put(v); }
+
+    template <class List>
+    void section(const List& list) {
+        i32(static_cast<int32_t>(list.size()));
+        bytes(list.data(), list.size() * sizeof(typename List::value_type));
+    }
+    void text(const std::string& s) {
+        put(static_cast<uint32_t>(s.size()));
+        bytes(s.data(), s.size());
+    }
+
+private:
+    char* out_;
+    std::size_t pos_ = 0;
+};
+
+constexpr std::size_t kHeadSize = 208;
+constexpr std::size_t kTextField = 50;
+
+// A text and its terminator into a 50-byte field of the head. A text that does not fit is
+// a fault of the caller that must not pass silently: the process is stopped.
+void copyTextField(char* head, std::size_t at, const std::string& s) {
+    if (s.size() >= kTextField) std::abort();
+    std::memcpy(head + at, s.c_str(), s.size() + 1);
+}
+
+void writeHead(RecordWriter& out, const TrailContainer& t) {
+    char head[kHeadSize] = {};
+    const int attrA[] = {t.attrA0, t.attrA1, t.attrA2, t.attrA3, t.attrA4,  t.attrA5,
+                         t.attrA6, t.attrA7, t.attrA8, t.attrA9, t.attrA10, t.attrA11};
+    std::memcpy(head, attrA, sizeof attrA);
+    copyTextField(head, 48, t.typeName);
+    const int attrB[] = {t.attrB0, t.attrB1, t.attrB2, t.attrB3};
+    std::memcpy(head + 100, attrB, sizeof attrB);
+    std::memcpy(head + 116, &t.attrB4, 8);
+    const int range[] = {t.attrC, t.maxX, t.maxY};
+    std::memcpy(head + 124, range, sizeof range);
+    copyTextField(head, 136, t.subName);
+    const int axisAndF[] = {t.m_emrPointAxis, t.attrF0, t.attrF1, t.attrF2, t.attrG};
+    std::memcpy(head + 188, axisAndF, sizeof axisAndF);
+    out.bytes(head, sizeof head);
+}
+
+void writeFlagDraw(RecordWriter& out, const std::vector<bool>& flags) {
+    out.i32(static_cast<int32_t>(flags.size()));
+    for (bool f : flags) out.u8(f ? 1 : 0);
+}
+
+// rectB goes into the words of rectA as well as its own: rectA is never written.
+void writeFixedBlock(RecordWriter& out, const TrailContainer& t) {
+    for (int w : {t.attrJ0, t.attrJ1, t.attrH, t.attrK, t.attrL}) out.i32(w);
+    for (int w : t.rectB) out.i32(w);
+    for (int w : t.rectB) out.i32(w);
+}
+
+}  // namespace
+
+// The encoder writes no skipped section after the contours, unlike the reader's layout;
+// records it writes read back differently from there on.
+void trail2data(const TrailContainer& t, char* data) {
+    RecordWriter out(data);
+    writeHead(out, t);
+    out.section(t.disableAreaList);
+    out.section(t.m_points);
+    out.section(t.pressures);
+    out.section(t.angles);
+    writeFlagDraw(out, t.flagDraw);
+    out.section(t.epaPoints);
+    out.section(t.epaGrays);
+    writeFixedBlock(out, t);
+    out.section(t.m_controlNums);
+    out.i32(t.attrM0);
+    out.i32(t.attrM1);
+    out.u8(t.attrO);
+    out.u8(t.renderFlag);
+    out.i32(static_cast<int32_t>(t.PointContour.size()));
+    for (const auto& contour : t.PointContour) out.section(contour);
+    out.i32(t.attrI);
+    out.put(t.ratioB);
+    out.u8(t.attrD);
+    out.i32(t.attrE);
+    out.section(t.extraControlNums);
+    out.i32(t.pageWidth);
+    out.i32(t.pageHeight);
+    out.i32(t.attrN);
+    out.u8(t.attrP);
+    out.text(t.textA);
+    out.text(t.textB);
+}
+
+unsigned long trail2dataSize(const TrailContainer& t) {
+    unsigned long size = kHeadSize;
+    size += 4 + t.disableAreaList.size() * sizeof(FlagRect);
+    size += 4 + t.m_points.size() * sizeof(MorvaPoint);
+    size += 4 + t.pressures.size() * sizeof(uint16_t);
+    size += 4 + t.angles.size() * sizeof(MorvaPointS);
+    size += 4 + t.flagDraw.size();
+    size += 4 + t.epaPoints.size() * sizeof(MorvaPoint);
+    size += 4 + t.epaGrays.size() * 4;
+    size += 13 * 4;
+    size += 4 + t.m_controlNums.size() * 4;
+    size += 4 + 4 + 1 + 1;
+    size += 4;
+    for (const auto& contour : t.PointContour) size += 4 + contour.size() * sizeof(MorvaPointF);
+    size += 4 + 8 + 1 + 4;
+    size += 4 + t.extraControlNums.size() * 4;
+    size += 4 + 4 + 4 + 1;
+    size += 4 + t.textA.size() + 4 + t.textB.size();
+    return size;
+}
+
+// ---------------------------------------------------------------------------------------
+// Stroke points onto an image
+
+namespace {
+
+// Truncation toward zero; values beyond the 32-bit range saturate instead of being undefined.
+inline int truncateToInt(double v) {
+    if (!(v > double(INT_MIN) - 1.0)) return INT_MIN;
+    if (!(v < double(INT_MAX) + 1.0)) return INT_MAX;
+    return static_cast<int>(v);
+}
+
+}  // namespace
+
+int mappingTrailPoints2imageSize(const TrailContainer& trail, int width, int height, std::vector<MorvaPoint>& out,
+                                 int toLastIndex) {
+    if (width < 1 || height < 1) {
+        kwlog::text("cimage==NULL || cimage->p==NULL");
+        return 0;
+    }
+    if (trail.maxX == 0 || trail.maxY == 0) {
+        kwlog::text("error ,   trailContainer.maxX==0 || trailContainer.maxY==0");
+        return 0;
+    }
+    const double a = toLastIndex ? width - 1 : width;
+    const double b = toLastIndex ? height - 1 : height;
+    out.resize(trail.m_points.size());
+
+    const double aPerX = a / trail.maxX, bPerY = b / trail.maxY;  // straight axes
+    const double aPerY = a / trail.maxY, bPerX = b / trail.maxX;  // axes a quarter turn round
+    const std::size_t n = trail.m_points.size();
+    const MorvaPoint* in = trail.m_points.data();
+    MorvaPoint* o = out.data();
+    switch (trail.m_emrPointAxis) {
+        case 0:
+            for (std::size_t i = 0; i < n; ++i)
+                o[i] = {truncateToInt(in[i].x * aPerX), truncateToInt(in[i].y * bPerY)};
+            break;
+        case 1:
+            for (std::size_t i = 0; i < n; ++i)
+                o[i] = {truncateToInt(a - in[i].y * aPerY), truncateToInt(in[i].x * bPerX)};
+            break;
+        case 2:
+            for (std::size_t i = 0; i < n; ++i)
+                o[i] = {truncateToInt(a - in[i].x * aPerX), truncateToInt(b - in[i].y * bPerY)};
+            break;
+        case 3:
+            for (std::size_t i = 0; i < n; ++i)
+                o[i] = {truncateToInt(in[i].y * aPerY), truncateToInt(b - in[i].x * bPerX)};
+            break;
+        default:
+            kwlog::text("bad coordinateOrigin");
+            break;
+    }
+    return 0;
+}
