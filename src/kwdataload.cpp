@@ -1,1 +1,132 @@
 #include "kwdataload.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <unistd.h>
+
+#include "config.h"
+#include "kwdatafile.h"
+#include "kwlayerfeaturemodule.h"
+#include "kwpagefeaturemodule.h"
+#include "log.h"
+
+namespace {
+
+constexpr std::size_t kPictureSize = 1872 * 1404;
+
+bool fileExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+// Prints the folder and the file name of the path, a line each; a path without "/" prints
+// itself twice.
+void logPath(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    kwlog::line(path.substr(0, slash).c_str());
+    kwlog::line(path.substr(slash == std::string::npos ? 0 : slash + 1).c_str());
+}
+
+// The message for a page that holds no module for a known layer; null for other names,
+// which fetchLayerFeature refuses itself.
+const char* missingLayerMessage(const KwPageFeatureModule& page, const std::string& layer) {
+    if (layer == "MAINLAYER" && page.mainLayerSite == 0) return "mainlayer have no data.";
+    if (layer == "LAYER1" && page.layer1Site == 0) return "layer1 have no data.";
+    if (layer == "LAYER2" && page.layer2Site == 0) return "layer2 have no data.";
+    if (layer == "LAYER3" && page.layer3Site == 0) return "layer3 have no data.";
+    if (layer == "BGLAYER" && page.bgLayerSite == 0) return "bglayer have no data.";
+    return nullptr;
+}
+
+// Colours by pixel byte. The colour table is indexed with the byte taken as signed, so
+// bytes from 0x80 on (white 0xFE, transparent 0xFF) fall before the table and come out as
+// 0; they are given that result here without reading outside the table.
+struct ColourTable {
+    uint32_t colour[256];
+    ColourTable() {
+        for (int byte = 0; byte < 256; ++byte)
+            colour[byte] = byte < 0x80 ? static_cast<uint32_t>(NOTE_COLOR_CONVERT_INDEX[byte]) : 0;
+    }
+};
+
+}  // namespace
+
+KwDataLoad::KwDataLoad() = default;
+
+int KwDataLoad::fetchNoteDataFromFileByLayer(std::string path, int page, std::string layer, char* pixels) {
+    logPath(path);
+    if (!fileExists(path)) {
+        kwlog::text("file not exist.");
+        return 2;
+    }
+    KwFileProcess file;
+    if (!file.init_datafile(path)) {
+        kwlog::text("init_datafile error.");
+        return 30;
+    }
+    // Only the layer sites: no strokes are read for a picture.
+    KwPageFeatureModule pageModule;
+    PageFeatureReadFlag flags;
+    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
+    if (file.fetchPageFeature(pageModule, page, flags) != 0) {
+        kwlog::text("fetchPageFeature error.");
+        return 26;
+    }
+    if (const char* missing = missingLayerMessage(pageModule, layer)) {
+        kwlog::text(missing);
+        return 27;
+    }
+    KwLayerFeatureModule layerModule;
+    if (file.fetchLayerFeature(layerModule, pageModule, layer) != 0) {
+        kwlog::text("fetchLayerFeature error.");
+        return 27;
+    }
+    if (layerModule.layerBitmapSite == 0) {
+        // The layer exists but has no picture: success, and pixels stay as they were.
+        kwlog::line("else");
+    } else {
+        unsigned long length = 0;
+        if (layerModule.fetchCompressedData(pixels, length) != 0) {
+            kwlog::text("fetchCompressedData error.");
+            return 9;
+        }
+    }
+    kwlog::line("fetchNoteDataFromFileByLayer");
+    return 0;
+}
+
+uint32_t* KwDataLoad::loadImageData(std::string path, int page, std::string layer) {
+    // Pre-filled with transparent, so every pixel the layer does not draw stays so.
+    std::unique_ptr<char[]> bytes(new (std::nothrow) char[kPictureSize + 1]);
+    if (!bytes) return nullptr;
+    std::memset(bytes.get(), 0xFF, kPictureSize);
+    if (fetchNoteDataFromFileByLayer(path, page, layer, bytes.get()) != 0) return nullptr;
+
+    uint32_t* colours = new (std::nothrow) uint32_t[kPictureSize];
+    if (!colours) return nullptr;
+    static const ColourTable table;
+    const unsigned char* in = reinterpret_cast<const unsigned char*>(bytes.get());
+    for (std::size_t i = 0; i < kPictureSize; ++i) colours[i] = table.colour[in[i]];
+    return colours;
+}
+
+int KwDataLoad::fetchNotePathFromFile(std::vector<TrailContainer>& trails, std::string path, int page) {
+    if (!fileExists(path)) {
+        kwlog::text("--file not exist.  ");
+        kwlog::text(path);
+        return 2;
+    }
+    KwFileProcess file;
+    if (!file.init_datafile(path)) {
+        kwlog::text("wrong sNotePath.");
+        return 2;
+    }
+    // Only the stroke block: its site, its head and its records.
+    KwPageFeatureModule pageModule;
+    PageFeatureReadFlag flags;
+    flags.totalPath = flags.totalPathHead = flags.totalPathTrails = true;
+    if (file.fetchPageFeature(pageModule, page, flags) != 0) {
+        kwlog::text("fetchPageFeature error.");
+        return 26;
+    }
+    trails = std::move(pageModule.trails);
+    return 0;
+}

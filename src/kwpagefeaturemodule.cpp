@@ -1,1 +1,197 @@
 #include "kwpagefeaturemodule.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "log.h"
+#include "noteio.h"
+
+namespace {
+
+// Read as a formatted stream extraction reads an int: leading whitespace, a sign, digits
+// up to the first non-digit; 0 without a leading number, the nearest limit when out of range.
+int toInt(const std::string& value) {
+    std::istringstream in(value);
+    int number = 0;
+    in >> number;
+    return number;
+}
+
+// The first whitespace-delimited word, or an empty text when there is none.
+std::string firstWord(const std::string& value) {
+    std::istringstream in(value);
+    std::string word;
+    in >> word;
+    return word;
+}
+
+// One mark is exactly eleven comma-separated numbers; anything else is passed over. A piece
+// that is not a number throws from stoi: such a page is refused as a whole.
+void addFiveStar(std::vector<fiveStarDB>& stars, const std::string& value) {
+    const std::vector<std::string> pieces = split(firstWord(value), ",");
+    if (pieces.size() != 11) return;
+    fiveStarDB star;
+    for (std::size_t i = 0; i < pieces.size(); ++i) star.values[i] = std::stoi(pieces[i]);
+    stars.push_back(star);
+}
+
+// Reads `count` length-prefixed stroke records; `left` is the number of file bytes after
+// the stream's position.
+int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, unsigned long left) {
+    std::vector<char> record;  // grows to the longest record and is reused for all of them
+    for (int32_t i = 0; i < count; ++i) {
+        uint32_t length = 0;
+        if (std::fread(&length, 4, 1, fp) != 1) {
+            kwlog::errnoWithText("read trail len error-----errno:", errno, ",errmsg:");
+            return 17;
+        }
+        left -= 4;
+        // A length beyond the end of the file fails as its short read would, before any
+        // room is made for it: a small file must not be able to claim gigabytes.
+        if (length > left) {
+            kwlog::errnoWithText("read trail data error-----errno:", errno, ",errmsg:");
+            return 17;
+        }
+        if (record.size() < length + 1UL) record.resize(length + 1UL);
+        if (std::fread(record.data(), 1, length, fp) != length) {
+            kwlog::errnoWithText("read trail data error-----errno:", errno, ",errmsg:");
+            return 17;
+        }
+        left -= length;
+        record[length] = '\0';
+        TrailContainer trail;
+        if (data2Trail(record.data(), static_cast<int>(length), trail) != 0) {
+            kwlog::text("data2Trail error.");
+            return 17;
+        }
+        trails.push_back(std::move(trail));
+    }
+    return 0;
+}
+
+// The TOTALPATH block: total length, stroke count, then the records when they are asked for.
+int readStrokeBlock(FILE* fp, KwPageFeatureModule& page, bool withTrails) {
+    unsigned long size = 0;
+    if (!noteio::fileSize(fp, size)) return 38;
+    // Widened with its sign, a negative site lies past any file.
+    const unsigned long site = static_cast<unsigned long>(static_cast<long>(page.totalPathSite));
+    if (site > size || size - site < 4) {
+        kwlog::text("totalpath site error.");
+        return 17;
+    }
+    if (!noteio::seekTo(fp, site)) return 38;
+    uint32_t totalLength = 0;
+    if (std::fread(&totalLength, 4, 1, fp) != 1) {
+        kwlog::errnoWithText("read totalpath length error-----errno:", errno, ",errmsg:");
+        return 17;
+    }
+    page.totalPathLength = totalLength;
+    int32_t count = 0;
+    if (std::fread(&count, 4, 1, fp) != 1) {
+        kwlog::errnoWithText("read totalpath trailsize error-----errno:", errno, ",errmsg:");
+        return 17;
+    }
+    // The count fills the low half of the member only, as the block stores 4 bytes of it.
+    page.trailCount = (page.trailCount & ~0xFFFFFFFFUL) | static_cast<uint32_t>(count);
+    page.trails.clear();
+    if (!withTrails) return 0;
+    return readStrokes(fp, page.trails, count, size - site - 8);
+}
+
+int readTotalPath(KwPageFeatureModule& page, const std::string& path, bool withTrails) {
+    FILE* fp = noteio::openForReading(path);
+    if (!fp) return 1;
+    noteio::StreamGuard guard(fp);
+    int result = readStrokeBlock(fp, page, withTrails);
+    if (!noteio::close(fp, true)) result = 25;
+    return result;
+}
+
+// Takes one item when its key is known and selected; only the stroke block can fail.
+int applyItem(KwPageFeatureModule& page, const ModuleItem& item, const std::string& path,
+              const PageFeatureReadFlag& flags) {
+    const std::string& key = item.key;
+    const std::string& value = item.value;
+    if (key == "PAGESTYLE") {
+        if (flags.pageStyle) page.pageStyle = value;
+    } else if (key == "PAGESTYLEMD5") {
+        if (flags.pageStyleMd5) page.pageStyleMd5 = value;
+    } else if (key == "MAINLAYER") {
+        if (flags.mainLayer) page.mainLayerSite = toInt(value);
+    } else if (key == "LAYER1") {
+        if (flags.layer1) page.layer1Site = toInt(value);
+    } else if (key == "LAYER2") {
+        if (flags.layer2) page.layer2Site = toInt(value);
+    } else if (key == "LAYER3") {
+        if (flags.layer3) page.layer3Site = toInt(value);
+    } else if (key == "BGLAYER") {
+        if (flags.bgLayer) page.bgLayerSite = toInt(value);
+    } else if (key == "TOTALPATH") {
+        if (!flags.totalPath) return 0;
+        page.totalPathSite = toInt(value);
+        // Site 0: the page has no strokes.
+        if ((flags.totalPathHead || flags.totalPathTrails) && page.totalPathSite != 0)
+            return readTotalPath(page, path, flags.totalPathTrails);
+    } else if (key == "FIVESTAR") {
+        if (flags.fiveStar) addFiveStar(page.fiveStars, value);
+    } else if (key == "LAYERINFO") {
+        if (flags.layerInfo) page.layerInfo = value.c_str();
+    } else if (key == "LAYERSEQ") {
+        if (flags.layerSeq) page.layerSeq = firstWord(value);
+    } else if (key == "THUMBNAILTYPE") {
+        if (flags.thumbnailType) page.thumbnailType = toInt(value);
+    } else if (key == "RECOGNSTATUS") {
+        if (flags.recognStatus) page.recognStatus = toInt(value);
+    } else if (key == "RECOGNTEXT") {
+        if (flags.recognText) page.recognText = toInt(value);
+    } else if (key == "RECOGNFILE") {
+        if (flags.recognFile) page.recognFile = toInt(value);
+    } else if (key == "PAGEID") {
+        if (flags.pageId) page.pageId = value;
+    } else if (key == "RECOGNTYPE") {
+        if (flags.recognType) page.recognType = toInt(value);
+    } else if (key == "RECOGNFILESTATUS") {
+        if (flags.recognFileStatus) page.recognFileStatus = toInt(value);
+    } else if (key == "RECOGNLANGUAGE") {
+        if (flags.recognLanguage) page.recognLanguage = value;
+    }
+    return 0;
+}
+
+}  // namespace
+
+KwPageFeatureModule::KwPageFeatureModule()
+    : pageStyle("none"),
+      pageStyleMd5("0"),
+      layerInfo("none"),
+      layerSeq("nolayer"),
+      mainLayerSite(0),
+      layer1Site(0),
+      layer2Site(0),
+      layer3Site(0),
+      bgLayerSite(0),
+      totalPathSite(0),
+      thumbnailType(0),
+      recognStatus(0),
+      recognText(0),
+      recognFile(0),
+      pageId("none"),
+      recognType(0),
+      recognFileStatus(0),
+      recognLanguage("none"),
+      trailCount(0),
+      totalPathLength(0) {}
+
+int KwPageFeatureModule::setInfoOfPageFeature(std::vector<ModuleItem>& items, std::string path,
+                                              PageFeatureReadFlag& flags) {
+    for (const ModuleItem& item : items) {
+        // What was taken before a failure stays; the items after it are not taken.
+        const int result = applyItem(*this, item, path, flags);
+        if (result != 0) return result;
+    }
+    return 0;
+}
