@@ -1,5 +1,6 @@
 #include "kwdataload.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -46,6 +47,27 @@ struct ColourTable {
             colour[byte] = byte < 0x80 ? static_cast<uint32_t>(NOTE_COLOR_CONVERT_INDEX[byte]) : 0;
     }
 };
+
+// Pictures are mostly long runs of one value (transparent ground, white, ink lines), so a
+// block of 8 equal bytes is converted with one lookup and one 32-byte store, the rest byte
+// by byte.
+void convertToColours(const unsigned char* bytes, uint32_t* colours) {
+    static const ColourTable table;
+    static_assert(kPictureSize % 8 == 0, "a picture is a whole number of 8-byte blocks");
+    constexpr uint64_t kEveryByte = 0x0101010101010101ULL;
+    for (std::size_t i = 0; i < kPictureSize; i += 8) {
+        uint64_t block;
+        std::memcpy(&block, bytes + i, 8);
+        const unsigned char first = bytes[i];
+        if (block == first * kEveryByte) {
+            const uint32_t c = table.colour[first];
+            const uint32_t run[8] = {c, c, c, c, c, c, c, c};
+            std::memcpy(colours + i, run, sizeof run);
+        } else {
+            for (std::size_t k = i; k < i + 8; ++k) colours[k] = table.colour[bytes[k]];
+        }
+    }
+}
 
 }  // namespace
 
@@ -102,9 +124,7 @@ uint32_t* KwDataLoad::loadImageData(std::string path, int page, std::string laye
 
     uint32_t* colours = new (std::nothrow) uint32_t[kPictureSize];
     if (!colours) return nullptr;
-    static const ColourTable table;
-    const unsigned char* in = reinterpret_cast<const unsigned char*>(bytes.get());
-    for (std::size_t i = 0; i < kPictureSize; ++i) colours[i] = table.colour[in[i]];
+    convertToColours(reinterpret_cast<const unsigned char*>(bytes.get()), colours);
     return colours;
 }
 
