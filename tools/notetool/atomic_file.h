@@ -6,6 +6,7 @@
 // and renamed on commit(). A file that is never committed is removed, so a failure, an
 // exception or a killed worker never leaves a half-written page behind under the real name.
 
+#include <cstddef>
 #include <string>
 
 namespace notetool {
@@ -23,7 +24,6 @@ public:
     const std::string& path() const { return path_; }
 
     // Appends bytes to the temporary file; throws std::runtime_error on a write error.
-    // Matches cairo's write-function shape through writeCallback below.
     void write(const void* data, std::size_t length);
 
     // Flushes, closes and renames the temporary file to path; throws std::runtime_error.

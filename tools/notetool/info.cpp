@@ -1,0 +1,154 @@
+// notetool info: what a note holds, as text or JSON.
+
+#include <algorithm>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "config.h"
+#include "console.h"
+#include "kwdatafile.h"
+#include "kwfilefeaturemodule.h"
+
+namespace notetool {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+// The header module, found through the index's "FILE_FEATURE" entry; null when the note has
+// none. Keys are the file's own, values numbers or text as the header module types them.
+ordered_json readHeader(const std::string& path, KwFileIndexModule& index) {
+    const std::vector<unsigned long> sites = index.fetchModuleSiteForFileIndex("FILE_FEATURE");
+    if (sites.empty()) return nullptr;
+    FILE* fp = std::fopen(path.c_str(), "rb");
+    if (!fp) throw ToolError(path + ": " + std::strerror(errno));
+    std::vector<ModuleItem> items;
+    const bool read = readModuleItemFromFile(fp, items, sites.front());
+    flushfsyncfclose(fp, false, false, true);
+    if (!read) throw ToolError(path + ": the header module cannot be read");
+    KwFileFeatureModule header;
+    header.setInfoOfModuleFile(items);
+    return ordered_json{{"MODULE_LABEL", header.moduleLabel},
+                        {"FILE_TYPE", header.fileType},
+                        {"APPLY_EQUIPMENT", header.applyEquipment},
+                        {"FINALOPERATION_PAGE", header.finalOperationPage},
+                        {"FINALOPERATION_LAYER", header.finalOperationLayer},
+                        {"ORIGINAL_STYLE", header.originalStyle},
+                        {"ORIGINAL_STYLEMD5", header.originalStyleMd5},
+                        {"DEVICE_DPI", header.deviceDpi},
+                        {"SOFT_DPI", header.softDpi},
+                        {"FILE_PARSE_TYPE", header.fileParseType},
+                        {"MORVA_ETMD", header.etmd},
+                        {"APP_VERSION", header.appVersion},
+                        {"FILE_ID", header.fileId},
+                        {"FILE_RECOGN_TYPE", header.fileRecognType},
+                        {"FILE_RECOGN_LANGUAGE", header.fileRecognLanguage}};
+}
+
+// One page: the layers present (top first, as the page lists them), the stroke count from
+// the stroke block's head (the strokes themselves are not decoded) and the page style.
+ordered_json readPage(KwFileProcess& file, int number) {
+    PageFeatureReadFlag flags;
+    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
+    flags.layerSeq = flags.pageStyle = true;
+    flags.totalPath = flags.totalPathHead = true;
+    KwPageFeatureModule page;
+    const int status = file.fetchPageFeature(page, number, flags);
+    if (status != 0)
+        throw ToolError(file.filePath + ": page " + std::to_string(number) + ": cannot be read (code " + std::to_string(status) + ")");
+    std::vector<std::string> layers = drawingOrder(page, LayerSelection());
+    std::reverse(layers.begin(), layers.end());
+    return ordered_json{{"number", number},
+                        {"layers", layers},
+                        {"layerSeq", page.layerSeq},
+                        {"strokes", page.trailCount},
+                        {"style", page.pageStyle}};
+}
+
+ordered_json describeNote(const std::string& path, bool& failed) {
+    KwFileProcess file;
+    KwFileIndexModule index;
+    if (!file.init_datafile(path)) throw ToolError(path + ": " + std::strerror(errno));
+    const int status = file.fetchIndex(index);
+    if (status != 0) throw ToolError(path + ": not a readable note: the index cannot be read (code " + std::to_string(status) + ")");
+
+    ordered_json note{{"file", path}, {"header", readHeader(path, index)}, {"pageCount", index.getTotalPageNum()}};
+    ordered_json styles = ordered_json::array();
+    for (const ModuleKwIndexItem& entry : index.vecModuleIndex)
+        if (entry.name.compare(0, 6, "STYLE_") == 0) styles.push_back(entry.name.substr(6));
+    note["styles"] = styles;
+    ordered_json pages = ordered_json::array();
+    for (int number : notePages(path)) {
+        try {
+            pages.push_back(readPage(file, number));
+        } catch (const ToolError& e) {
+            reportError(e.what());
+            failed = true;
+        }
+    }
+    note["pages"] = pages;
+    return note;
+}
+
+std::string text(const ordered_json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
+
+void printText(std::FILE* out, const ordered_json& note) {
+    std::fprintf(out, "%s\n  pages: %s\n", note["file"].get<std::string>().c_str(), text(note["pageCount"]).c_str());
+    if (note["header"].is_null()) {
+        std::fprintf(out, "  header: none\n");
+    } else {
+        std::fprintf(out, "  header:\n");
+        for (const auto& field : note["header"].items())
+            std::fprintf(out, "    %s: %s\n", field.key().c_str(), text(field.value()).c_str());
+    }
+    std::string styles;
+    for (const auto& style : note["styles"]) styles += (styles.empty() ? "" : ", ") + style.get<std::string>();
+    std::fprintf(out, "  styles: %s\n", styles.empty() ? "none" : styles.c_str());
+    for (const auto& page : note["pages"]) {
+        std::string layers;
+        for (const auto& layer : page["layers"]) layers += (layers.empty() ? "" : " ") + layer.get<std::string>();
+        std::fprintf(out, "  page %d: layers %s; strokes %s; style %s\n", page["number"].get<int>(),
+                     layers.empty() ? "none" : layers.c_str(), text(page["strokes"]).c_str(),
+                     page["style"].get<std::string>().c_str());
+    }
+}
+
+}  // namespace
+
+void addInfoCommand(CLI::App& app, Runner& run) {
+    struct Args {
+        std::vector<std::string> notes;
+        bool json = false;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* command = app.add_subcommand("info", "Show a note's header, pages, layers, stroke counts and styles");
+    command->footer(
+        "Layers are listed top first, in drawing order (see render). With --json one document is printed: "
+        "{\"notes\": [{\"file\", \"header\" (the 15 header fields under their file keys, or null), \"pageCount\", "
+        "\"styles\" (the index's STYLE_ names), \"pages\": [{\"number\", \"layers\", \"layerSeq\", \"strokes\", "
+        "\"style\"}]}]}; a note that cannot be read is left out and reported on standard error.");
+    command->add_option("FILE", args->notes, "Note files")->required();
+    command->add_flag("--json", args->json, "Print JSON instead of text");
+    command->callback([args, &run] {
+        run = [args]() -> int {
+            bool failed = false;
+            ordered_json notes = ordered_json::array();
+            for (const std::string& path : args->notes) {
+                try {
+                    notes.push_back(describeNote(path, failed));
+                } catch (const ToolError& e) {
+                    reportError(e.what());
+                    failed = true;
+                }
+            }
+            if (args->json)
+                std::fprintf(toolOut(), "%s\n", ordered_json{{"notes", notes}}.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+            else
+                for (const auto& note : notes) printText(toolOut(), note);
+            return failed ? kExitFailed : kExitOk;
+        };
+    });
+}
+
+}  // namespace notetool

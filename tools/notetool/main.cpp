@@ -1,0 +1,123 @@
+// notetool: turns the note files of an e-ink writing tablet into images, PDF, SVG and
+// strokes, through libNote.
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+
+#include "commands.h"
+#include "console.h"
+#include "page_selection.h"
+
+namespace {
+
+const char* const kDescription =
+    "notetool reads the note files of an e-ink writing tablet through libNote and gets their pages out: "
+    "as PNG images, as PDF and SVG (traced into vector outlines, or embedded losslessly), as pen strokes, "
+    "and for whole folders at once.";
+
+const char* const kFooter =
+    "Exit codes: 0 all done; 1 some inputs failed (each failure is one line on standard error, "
+    "\"notetool: FILE: ...\"); 2 usage error.\n"
+    "libNote writes its own log while it reads; notetool sends that log to the file given by --log "
+    "(appended), or discards it, so that its own output stays clean. Output files are written under a "
+    "temporary name and renamed once complete, so a failure never leaves a half-written file.";
+
+// troff text: a backslash, a hyphen or a leading dot means something to the formatter.
+std::string roff(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\\') out += "\\e";
+        else if (c == '-') out += "\\-";
+        else out += c;
+    }
+    std::string escaped;
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);)
+        escaped += (line.empty() || (line[0] != '.' && line[0] != '\'') ? line : "\\&" + line) + "\n";
+    return escaped;
+}
+
+void manOptions(std::ostringstream& man, const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->get_group().empty()) continue;  // hidden
+        man << ".TP\n.B " << roff(option->get_positional() ? option->get_name(true) : option->get_name(false, true))
+            << roff(option->get_description().empty() ? "Print this help and exit" : option->get_description());
+    }
+}
+
+// The manual page, built from the same descriptions as --help.
+std::string manPage(const CLI::App& app) {
+    std::ostringstream man;
+    man << ".TH NOTETOOL 1 \"\" \"notetool " NOTETOOL_VERSION "\" \"User Commands\"\n"
+        << ".SH NAME\nnotetool \\- get the pages out of handwritten-note files\n"
+        << ".SH SYNOPSIS\n.B notetool\n[\\fB\\-\\-log\\fR \\fIFILE\\fR] \\fICOMMAND\\fR [\\fIOPTIONS\\fR]\n"
+        << ".SH DESCRIPTION\n" << roff(kDescription) << ".SH OPTIONS\n";
+    manOptions(man, app);
+    man << ".SH COMMANDS\n";
+    for (const CLI::App* command : app.get_subcommands({})) {
+        man << ".SS " << command->get_name() << "\n" << roff(command->get_description()) << ".PP\n"
+            << roff(command->get_footer());
+        manOptions(man, *command);
+    }
+    man << ".SH EXIT STATUS AND OUTPUT\n" << roff(kFooter);
+    return man.str();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace notetool;
+    // A write past a file-size limit should fail like any other write (and the temporary
+    // file be removed), not kill the process.
+    std::signal(SIGXFSZ, SIG_IGN);
+
+    CLI::App app(kDescription, "notetool");
+    app.footer(kFooter);
+    app.require_subcommand(0, 1);
+    app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
+    std::string logPath;
+    bool man = false;
+    app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)");
+    app.add_flag("--man", man, "Print the manual page")->group("");
+
+    Runner run;
+    addInfoCommand(app, run);
+    addRenderCommand(app, run);
+    addStrokesCommand(app, run);
+    addConvertCommand(app, run);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& e) {
+        return app.exit(e);  // --help, --version
+    } catch (const CLI::ParseError& e) {
+        std::fprintf(stderr, "notetool: %s\nRun with --help for more information.\n", e.what());
+        return kExitUsage;
+    }
+    if (man) {
+        std::fputs(manPage(app).c_str(), stdout);
+        return kExitOk;
+    }
+    if (!run) {
+        std::fprintf(stderr, "notetool: a command is required: info, render, strokes or convert\nRun with --help for more information.\n");
+        return kExitUsage;
+    }
+
+    int code = kExitOk;
+    try {
+        redirectLibraryLog(logPath);
+        code = run();
+    } catch (const UsageError& e) {
+        reportError(e.what());
+        code = kExitUsage;
+    } catch (const std::exception& e) {
+        reportError(e.what());
+        code = kExitFailed;
+    }
+    std::fflush(toolOut());
+    return code;
+}

@@ -1,0 +1,45 @@
+#ifndef NOTETOOL_PAGE_READER_H
+#define NOTETOOL_PAGE_READER_H
+
+// Reading a note through libNote: its page numbers, a page's layers in drawing order, and
+// the composited page picture. Failures throw ToolError, worded for the error line.
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kwpagefeaturemodule.h"
+
+namespace notetool {
+
+// The layer names, bottom to top: the order the tablet draws them in when the page does not
+// say otherwise.
+extern const std::vector<std::string> kDefaultLayerOrder;
+
+// Which layers may be drawn; empty means all.
+struct LayerSelection {
+    std::set<std::string> only;
+    bool background = true;
+    bool allows(const std::string& layer) const;
+};
+
+// The page numbers of the index ("PAGE1" is page 1), ascending.
+std::vector<int> notePages(const std::string& path);
+
+// The page module's layer sites, page style and layer sequence (no strokes).
+KwPageFeatureModule readPageLayers(const std::string& path, int page);
+
+// The layers of a page that exist (site not 0), bottom to top. The page's "LAYERSEQ" names
+// them top to bottom, comma-separated, and leaves out those not drawn; "nolayer", or a list
+// naming no known layer, stands for the default order.
+std::vector<std::string> drawingOrder(const KwPageFeatureModule& page, const LayerSelection& selection);
+
+// Fills pixels (kPagePixels bytes) with the composited page: 0xFF everywhere, then each
+// layer decoded over it from the bottom up. The decoder writes only ink and white, so what a
+// layer leaves transparent keeps what lies below, and no separate blending pass is needed.
+void composePage(const std::string& path, int page, const LayerSelection& selection, uint8_t* pixels);
+
+}  // namespace notetool
+
+#endif

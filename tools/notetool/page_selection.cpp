@@ -1,0 +1,57 @@
+#include "page_selection.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace notetool {
+
+namespace {
+
+int parseNumber(const std::string& text, const std::string& list) {
+    if (text.empty() || text.size() > 9 || !std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); }))
+        throw UsageError("--pages " + list + ": \"" + text + "\" is not a page number");
+    return std::stoi(text);
+}
+
+}  // namespace
+
+std::vector<int> selectPages(const std::string& list, const std::vector<int>& notePages) {
+    if (list.empty()) return notePages;
+    std::vector<int> chosen;
+    std::size_t start = 0;
+    while (start <= list.size()) {
+        const std::size_t comma = std::min(list.find(',', start), list.size());
+        const std::string item = list.substr(start, comma - start);
+        const std::size_t dash = item.find('-');
+        const int first = parseNumber(item.substr(0, dash), list);
+        const int last = dash == std::string::npos ? first : parseNumber(item.substr(dash + 1), list);
+        if (last < first) throw UsageError("--pages " + list + ": the range " + item + " runs backwards");
+        for (int page = first; page <= last; ++page) {
+            if (!std::binary_search(notePages.begin(), notePages.end(), page))
+                throw UsageError("--pages " + list + ": the note has no page " + std::to_string(page) + " (it has " +
+                                 std::to_string(notePages.size()) + ")");
+            chosen.push_back(page);
+        }
+        start = comma + 1;
+    }
+    std::sort(chosen.begin(), chosen.end());
+    chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
+    return chosen;
+}
+
+std::string pageFileName(const std::string& noteStem, int page, int largestPage, const std::string& extension) {
+    std::string number = std::to_string(page);
+    const std::size_t width = std::to_string(largestPage).size();
+    if (number.size() < width) number.insert(0, width - number.size(), '0');
+    return noteStem + "-p" + number + "." + extension;
+}
+
+std::string noteStem(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const std::size_t dot = name.rfind('.');
+    if (dot != std::string::npos && dot > 0) name.erase(dot);
+    return name;
+}
+
+}  // namespace notetool

@@ -1,0 +1,230 @@
+#include "png_output.h"
+
+#include <algorithm>
+#include <array>
+#include <cairo.h>
+#include <cmath>
+#include <csetjmp>
+#include <cstring>
+#include <memory>
+#include <png.h>
+#include <zlib.h>
+#include <vector>
+
+#include "atomic_file.h"
+#include "console.h"
+#include "palette.h"
+
+namespace notetool {
+
+namespace {
+
+// An image ready for libpng: rows produced on demand into one row buffer, so that a page is
+// never held twice in memory.
+struct PngImage {
+    int width = 0;
+    int height = 0;
+    int bitDepth = 8;
+    int colourType = PNG_COLOR_TYPE_PALETTE;
+    std::vector<png_color> palette;
+    std::vector<png_byte> alphas;  // tRNS entries, palette order
+    std::vector<png_byte> row;
+    void (*fillRow)(const void* source, int y, png_byte* row) = nullptr;
+    const void* source = nullptr;
+};
+
+struct WriteTarget {
+    AtomicFile* file;
+    std::string error;
+};
+
+void writeBytes(png_structp png, png_bytep data, png_size_t length) {
+    auto* target = static_cast<WriteTarget*>(png_get_io_ptr(png));
+    try {
+        target->file->write(data, length);
+    } catch (const std::exception& e) {
+        target->error = e.what();
+        png_error(png, "write failed");
+    }
+}
+
+void flushNothing(png_structp) {}
+
+void recordError(png_structp png, png_const_charp message) {
+    auto* target = static_cast<WriteTarget*>(png_get_error_ptr(png));
+    if (target->error.empty()) target->error = message;
+    png_longjmp(png, 1);
+}
+
+void ignoreWarning(png_structp, png_const_charp) {}
+
+// libpng reports errors by longjmp, so nothing here may own memory or have a destructor:
+// every C++ object lives in the caller.
+bool encode(png_structp png, png_infop info, PngImage& image) {
+    if (setjmp(png_jmpbuf(png))) return false;
+    png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
+                 image.bitDepth, image.colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
+    if (image.colourType == PNG_COLOR_TYPE_PALETTE) {
+        png_set_PLTE(png, info, image.palette.data(), static_cast<int>(image.palette.size()));
+        if (!image.alphas.empty())
+            png_set_tRNS(png, info, image.alphas.data(), static_cast<int>(image.alphas.size()), nullptr);
+        // Filters do not help palette indices, and skipping them saves most of the time.
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+    }
+    // Pages are mostly long runs of one value: run-length matching compresses them as well
+    // as the default strategy at a fraction of the time.
+    png_set_compression_strategy(png, Z_RLE);
+    png_write_info(png, info);
+    for (int y = 0; y < image.height; ++y) {
+        image.fillRow(image.source, y, image.row.data());
+        png_write_row(png, image.row.data());
+    }
+    png_write_end(png, info);
+    return true;
+}
+
+void writeImage(const std::string& path, PngImage& image) {
+    AtomicFile file(path);
+    WriteTarget target{&file, {}};
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &target, recordError, ignoreWarning);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    if (!info) {
+        png_destroy_write_struct(&png, nullptr);
+        throw ToolError(path + ": cannot start the PNG encoder");
+    }
+    png_set_write_fn(png, &target, writeBytes, flushNothing);
+    const bool ok = encode(png, info, image);
+    png_destroy_write_struct(&png, &info);
+    if (!ok) throw ToolError(target.error.find(path) == 0 ? target.error : path + ": " + target.error);
+    file.commit();
+}
+
+// ---- The page as a palette picture, scaled by a whole number ----
+
+struct PaletteSource {
+    const uint8_t* pixels;
+    std::array<uint8_t, 256> index;  // pixel value -> palette index
+    int scale;
+    int bitDepth;
+};
+
+void fillPaletteRow(const void* source, int y, png_byte* row) {
+    const auto& s = *static_cast<const PaletteSource*>(source);
+    const uint8_t* in = s.pixels + std::size_t(y / s.scale) * kPageWidth;
+    const int perByte = 8 / s.bitDepth;
+    const int width = kPageWidth * s.scale;
+    std::memset(row, 0, std::size_t(width + perByte - 1) / perByte);
+    for (int x = 0; x < width; ++x) {
+        const int shift = 8 - s.bitDepth * (x % perByte + 1);
+        row[x / perByte] |= static_cast<png_byte>(s.index[in[x / s.scale]] << shift);
+    }
+}
+
+void writePalettePng(const std::string& path, const uint8_t* pixels, int scale, bool transparent) {
+    std::array<bool, 256> present{};
+    for (std::size_t i = 0; i < kPagePixels; ++i) present[pixels[i]] = true;
+
+    PaletteSource source{pixels, {}, scale, 8};
+    PngImage image;
+    std::vector<uint32_t> colours;
+    for (int value = 0; value < 256; ++value) {
+        if (!present[value]) continue;
+        const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
+        auto at = std::find(colours.begin(), colours.end(), colour);
+        if (at == colours.end()) at = colours.insert(colours.end(), colour);
+        source.index[value] = static_cast<uint8_t>(at - colours.begin());
+    }
+    for (uint32_t colour : colours) {
+        image.palette.push_back({png_byte(colour >> 16), png_byte(colour >> 8), png_byte(colour)});
+        image.alphas.push_back(png_byte(colour >> 24));
+    }
+    // tRNS may stop at the last entry that is not opaque.
+    while (!image.alphas.empty() && image.alphas.back() == 0xFF) image.alphas.pop_back();
+
+    source.bitDepth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
+    image.width = kPageWidth * scale;
+    image.height = kPageHeight * scale;
+    image.bitDepth = source.bitDepth;
+    image.row.resize(std::size_t(image.width));
+    image.fillRow = fillPaletteRow;
+    image.source = &source;
+    writeImage(path, image);
+}
+
+// ---- Any other scale: filtered by cairo, written as grey (and alpha) ----
+
+struct GreySource {
+    const unsigned char* data;
+    int stride;
+    int width;
+    bool alpha;
+};
+
+void fillGreyRow(const void* source, int y, png_byte* row) {
+    const auto& s = *static_cast<const GreySource*>(source);
+    const auto* in = reinterpret_cast<const uint32_t*>(s.data + std::size_t(y) * s.stride);
+    for (int x = 0; x < s.width; ++x) {
+        const uint32_t p = in[x];
+        const unsigned a = p >> 24;
+        // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
+        const unsigned grey = a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a;
+        if (s.alpha) {
+            row[2 * x] = png_byte(grey);
+            row[2 * x + 1] = png_byte(a);
+        } else {
+            row[x] = png_byte(grey);
+        }
+    }
+}
+
+using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+
+void writeScaledPng(const std::string& path, const uint8_t* pixels, double scale, bool transparent) {
+    Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
+    cairo_surface_flush(page.get());
+    unsigned char* data = cairo_image_surface_get_data(page.get());
+    const int stride = cairo_image_surface_get_stride(page.get());
+    for (int y = 0; y < kPageHeight; ++y) {
+        auto* out = reinterpret_cast<uint32_t*>(data + std::size_t(y) * stride);
+        const uint8_t* in = pixels + std::size_t(y) * kPageWidth;
+        for (int x = 0; x < kPageWidth; ++x) out[x] = pixelColour(in[x], transparent);  // grey or clear: premultiplied as is
+    }
+    cairo_surface_mark_dirty(page.get());
+
+    const int width = std::max(1, static_cast<int>(std::lround(kPageWidth * scale)));
+    const int height = std::max(1, static_cast<int>(std::lround(kPageHeight * scale)));
+    Surface scaled(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), cairo_surface_destroy);
+    cairo_t* cr = cairo_create(scaled.get());
+    cairo_scale(cr, double(width) / kPageWidth, double(height) / kPageHeight);
+    cairo_set_source_surface(cr, page.get(), 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+    cairo_paint(cr);
+    const cairo_status_t status = cairo_status(cr);
+    cairo_destroy(cr);
+    cairo_surface_flush(scaled.get());
+    if (status != CAIRO_STATUS_SUCCESS) throw ToolError(path + ": cannot scale the page: " + cairo_status_to_string(status));
+
+    GreySource source{cairo_image_surface_get_data(scaled.get()), cairo_image_surface_get_stride(scaled.get()), width,
+                      transparent};
+    PngImage image;
+    image.width = width;
+    image.height = height;
+    image.colourType = transparent ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
+    image.row.resize(std::size_t(width) * (transparent ? 2 : 1));
+    image.fillRow = fillGreyRow;
+    image.source = &source;
+    writeImage(path, image);
+}
+
+}  // namespace
+
+void writePng(const std::string& path, const uint8_t* pixels, const PngOptions& options) {
+    const double whole = std::round(options.scale);
+    if (whole >= 1 && std::fabs(options.scale - whole) < 1e-9)
+        writePalettePng(path, pixels, static_cast<int>(whole), options.transparent);
+    else
+        writeScaledPng(path, pixels, options.scale, options.transparent);
+}
+
+}  // namespace notetool

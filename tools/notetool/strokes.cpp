@@ -1,0 +1,118 @@
+// notetool strokes: a page's pen strokes, mapped onto an image of a given size.
+
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "atomic_file.h"
+#include "commands.h"
+#include "config.h"
+#include "console.h"
+#include "kwdataload.h"
+#include "page_selection.h"
+
+namespace notetool {
+
+namespace {
+
+struct MappedStroke {
+    std::vector<MorvaPoint> points;
+    const std::vector<uint16_t>* pressures;
+};
+
+std::string strokesJson(const std::string& note, int page, int width, int height, const std::vector<MappedStroke>& strokes) {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const MappedStroke& stroke : strokes) {
+        nlohmann::ordered_json points = nlohmann::ordered_json::array();
+        for (const MorvaPoint& p : stroke.points) points.push_back({p.x, p.y});
+        list.push_back({{"points", points}, {"pressures", *stroke.pressures}});
+    }
+    const nlohmann::ordered_json doc{{"file", note}, {"page", page}, {"width", width}, {"height", height}, {"strokes", list}};
+    return doc.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+// Each stroke is a polyline; its pressures ride along in a data attribute so that the
+// drawing stays plain SVG for any viewer.
+std::string strokesSvg(int width, int height, const std::vector<MappedStroke>& strokes) {
+    std::ostringstream svg;
+    svg << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\"" << height
+        << "\" viewBox=\"0 0 " << width << ' ' << height << "\">\n"
+        << "<g fill=\"none\" stroke=\"#e00000\" stroke-width=\"" << std::max(1.0, width / 702.0)
+        << "\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
+    for (const MappedStroke& stroke : strokes) {
+        svg << "<polyline points=\"";
+        for (std::size_t i = 0; i < stroke.points.size(); ++i)
+            svg << (i ? " " : "") << stroke.points[i].x << ',' << stroke.points[i].y;
+        svg << "\" data-pressures=\"";
+        for (std::size_t i = 0; i < stroke.pressures->size(); ++i) svg << (i ? " " : "") << (*stroke.pressures)[i];
+        svg << "\"/>\n";
+    }
+    svg << "</g>\n</svg>\n";
+    return svg.str();
+}
+
+void parseSize(const std::string& size, int& width, int& height) {
+    char x = 0;
+    char rest = 0;
+    if (std::sscanf(size.c_str(), "%d%c%d%c", &width, &x, &height, &rest) != 3 || (x != 'x' && x != 'X') || width < 1 ||
+        height < 1)
+        throw UsageError("--size " + size + ": expected WIDTHxHEIGHT, e.g. 1404x1872");
+}
+
+}  // namespace
+
+void addStrokesCommand(CLI::App& app, Runner& run) {
+    struct Args {
+        std::string note;
+        int page = 0;
+        std::string size = "1404x1872";
+        std::string format = "json";
+        std::string out;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* command = app.add_subcommand("strokes", "Print a page's pen strokes mapped onto an image, with their pressures");
+    command->footer(
+        "Points are pixel positions on an image of the given size (the page picture is 1404x1872), one per sampled "
+        "point, with the pen pressure of each. JSON: {\"file\", \"page\", \"width\", \"height\", \"strokes\": "
+        "[{\"points\": [[x, y], ...], \"pressures\": [...]}]}. SVG: one polyline per stroke, its pressures in "
+        "data-pressures.");
+    command->add_option("FILE", args->note, "The note file")->required();
+    command->add_option("--page", args->page, "The page, by the index's number")->required();
+    command->add_option("--size", args->size, "Image size WIDTHxHEIGHT (default 1404x1872)");
+    command->add_option("--format", args->format, "json or svg (default json)")->check(CLI::IsMember({"json", "svg"}));
+    command->add_option("-o,--output", args->out, "Write to this file instead of standard output");
+    command->callback([args, &run] {
+        run = [args]() -> int {
+            int width = 0;
+            int height = 0;
+            parseSize(args->size, width, height);
+            selectPages(std::to_string(args->page), notePages(args->note));  // a page not in the note is a usage error
+
+            std::vector<TrailContainer> trails;
+            const int status = KwDataLoad().fetchNotePathFromFile(trails, args->note, args->page);
+            if (status != 0)
+                throw ToolError(args->note + ": page " + std::to_string(args->page) + ": strokes cannot be read (code " +
+                                std::to_string(status) + ")");
+            std::vector<MappedStroke> strokes;
+            for (const TrailContainer& trail : trails) {
+                MappedStroke stroke{{}, &trail.pressures};
+                // Onto the last pixel index, so that a point at the digitizer's edge stays on the image.
+                mappingTrailPoints2imageSize(trail, width, height, stroke.points, 1);
+                strokes.push_back(std::move(stroke));
+            }
+            const std::string text = args->format == "svg" ? strokesSvg(width, height, strokes)
+                                                          : strokesJson(args->note, args->page, width, height, strokes);
+            if (args->out.empty()) {
+                std::fwrite(text.data(), 1, text.size(), toolOut());
+            } else {
+                AtomicFile file(args->out);
+                file.write(text.data(), text.size());
+                file.commit();
+            }
+            return kExitOk;
+        };
+    });
+}
+
+}  // namespace notetool
