@@ -9,9 +9,7 @@
 #include "capture.h"
 #include "kwdatafile.h"
 #include "kwdataoperationfile.h"
-#include "kwfileindexmodule.h"
 #include "notefiles.h"
-#include "notewriter.h"
 
 using notetest::captureStdout;
 using notewriter::NoteFile;
@@ -21,113 +19,93 @@ namespace {
 const std::string kNoSuchFile = std::to_string(ENOENT) + ",errmsg:" + std::strerror(ENOENT);
 
 // A note whose index names two pages and a style.
-std::string threeEntryNote(const std::string& tag, const std::string& marker) {
+std::string twoPageNote(const std::string& tag, const std::string& marker) {
     NoteFile file(tag);
-    const uint64_t index = file.block({{"PAGE1", "100"}, {"PAGE2", "200"}, {"STYLE_x", "300"}});
-    return file.finish(index, marker);
-}
-
-struct IndexRead {
-    int result;
-    std::string log;
-    KwFileIndexModule index;
-};
-
-// fetchIndex on the file, into an index that already holds one entry.
-IndexRead readIndex(const std::string& path) {
-    IndexRead r{-1, "", {}};
-    r.index.vecModuleIndex = {{"OLD", 1}};
-    KwFileLoad loader;
-    loader.init_fileload(path);
-    r.log = captureStdout([&] { r.result = loader.fetchIndex(r.index); });
-    return r;
+    return file.finish(file.block({{"PAGE1", "100"}, {"PAGE2", "200"}, {"STYLE_x", "300"}}), marker);
 }
 
 }  // namespace
 
-TEST(FileBinding, EmptyPathsAreRefusedAndKeepTheBoundPath) {
-    KwFileLoad loader;
-    EXPECT_TRUE(loader.init_fileload("a.note"));
-    bool bound = true;
-    EXPECT_EQ(captureStdout([&] { bound = loader.init_fileload(""); }), "init_fileload error.");
-    EXPECT_FALSE(bound);
-    EXPECT_EQ(loader.filePath, "a.note");
-
-    KwFileProcess process;
-    EXPECT_EQ(captureStdout([&] { bound = process.init_datafile(""); }), "ERROR path is null");
-    EXPECT_FALSE(bound);
-}
-
-TEST(FileBinding, DataFileMustExist) {
+TEST(FileBinding, PathsMustBeGivenAndExist) {
     notetest::ScratchDir dir;
-    KwFileProcess process;
+    KwFileProcess file;
     bool bound = true;
-    EXPECT_EQ(captureStdout([&] { bound = process.init_datafile(dir.path("missing.note")); }),
+    EXPECT_EQ(captureStdout([&] { bound = file.init_fileload(""); }), "init_fileload error.");
+    EXPECT_FALSE(bound);
+    EXPECT_EQ(captureStdout([&] { bound = file.init_datafile(""); }), "ERROR path is null");
+    EXPECT_FALSE(bound);
+    EXPECT_EQ(captureStdout([&] { bound = file.init_datafile(dir.path("missing.note")); }),
               "ERROR file is note exists.errno:" + kNoSuchFile);
     EXPECT_FALSE(bound);
-    EXPECT_EQ(process.filePath, "");
+    EXPECT_EQ(file.filePath, "");
 
     const std::string path = dir.write("a.note", "x");
-    EXPECT_EQ(captureStdout([&] { bound = process.init_datafile(path); }), "");
-    EXPECT_TRUE(bound);
-    EXPECT_EQ(process.filePath, path);
+    EXPECT_TRUE(file.init_datafile(path));
+    EXPECT_EQ(file.filePath, path);
+    EXPECT_FALSE(file.init_fileload(""));
+    EXPECT_EQ(file.filePath, path);
 }
 
-TEST(IndexLocation, FooterLeadsToTheIndex) {
+// Each file is read by fetchIndex (code and messages) and counted by
+// fetchTotalPageNumOfNote, which folds every failure into -1.
+TEST(IndexAndPageCount, FooterLeadsToTheIndex) {
     notetest::ScratchDir dir;
-    IndexRead r = readIndex(dir.write("a.note", threeEntryNote(notewriter::kTag, "tail")));
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.log, "");
-    EXPECT_EQ(r.index.fetchAllModuleName(), (std::vector<std::string>{"PAGE1", "PAGE2", "STYLE_x"}));
+    NoteFile empty;
+    const struct {
+        const char* name;
+        std::string bytes;
+        int code;
+        std::string log;
+    } cases[] = {
+        {"good", twoPageNote(notewriter::kTag, "tail"), 0, ""},
+        // Another tag: the marker is not looked at, the last 4 bytes are the site all the same.
+        {"other tag", twoPageNote("KW_FILE_VER_20190001", "tAil"), 0, ""},
+        {"wrong marker", twoPageNote(notewriter::kTag, "tAil"), 3, "file trail str error"},
+        {"site past the end", empty.finish(empty.size() + 100), 17,
+         "nSite is errorreadModuleItemFromFile error."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = dir.write("a.note", c.bytes);
+        KwFileProcess file;
+        file.init_datafile(path);
+        KwFileIndexModule index;
+        index.vecModuleIndex = {{"OLD", 1}};
+        int code = -1;
+        EXPECT_EQ(captureStdout([&] { code = file.fetchIndex(index); }), c.log);
+        EXPECT_EQ(code, c.code);
+        // A failure leaves the index as it was.
+        EXPECT_EQ(index.vecModuleIndex.size(), c.code == 0 ? 3u : 1u);
 
-    // Another tag: the marker is not looked at, the last 4 bytes are the site all the same.
-    r = readIndex(dir.write("b.note", threeEntryNote("KW_FILE_VER_20190001", "tAil")));
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.index.vecModuleIndex.size(), 3u);
+        int pages = 0;
+        EXPECT_EQ(captureStdout([&] { pages = KwDataOperationFile().fetchTotalPageNumOfNote(path); }),
+                  c.code == 0 ? "Num:2" : c.log + "fetchIndex error.");
+        EXPECT_EQ(pages, c.code == 0 ? 2 : -1);
+    }
 }
 
-TEST(IndexLocation, FailuresLeaveTheIndexAlone) {
+TEST(IndexAndPageCount, UnreadableFiles) {
     notetest::ScratchDir dir;
-    IndexRead r = readIndex(dir.write("marker.note", threeEntryNote(notewriter::kTag, "tAil")));
-    EXPECT_EQ(r.result, 3);
-    EXPECT_EQ(r.log, "file trail str error");
-    EXPECT_EQ(r.index.fetchAllModuleName(), (std::vector<std::string>{"OLD"}));
+    KwFileLoad file;
+    KwFileIndexModule index;
+    int code = -1;
+    EXPECT_EQ(captureStdout([&] { code = file.fetchIndex(index); }), "open file failed-----errno:" + kNoSuchFile);
+    EXPECT_EQ(code, 1);
 
-    // Shorter than the tag: the tag read fails, under the footer's message and separator.
-    r = readIndex(dir.write("short.note", "NOTEKW_FILE"));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log.rfind("read file tail failed-----errno:", 0), 0u) << r.log;
-    EXPECT_NE(r.log.find("errmsg:"), std::string::npos);
-    EXPECT_EQ(r.log.find(",errmsg:"), std::string::npos);
+    // Shorter than the tag: the tag read fails under the footer's message and separator.
+    file.init_fileload(dir.write("short.note", "NOTEKW_FILE"));
+    const std::string log = captureStdout([&] { code = file.fetchIndex(index); });
+    EXPECT_EQ(code, 17);
+    EXPECT_EQ(log.rfind("read file tail failed-----errno:", 0), 0u) << log;
+    EXPECT_NE(log.find("errmsg:"), std::string::npos);
+    EXPECT_EQ(log.find(",errmsg:"), std::string::npos);
 
-    NoteFile file;
-    r = readIndex(dir.write("past.note", file.finish(file.size() + 100)));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log, "nSite is errorreadModuleItemFromFile error.");
-    EXPECT_EQ(r.index.vecModuleIndex.size(), 1u);
-
-    r = readIndex(dir.path("missing.note"));
-    EXPECT_EQ(r.result, 1);
-    EXPECT_EQ(r.log, "open file failed-----errno:" + kNoSuchFile);
-}
-
-TEST(PageCount, CountsThePagesOfTheIndex) {
-    notetest::ScratchDir dir;
     KwDataOperationFile op;
-    int pages = 0;
-    const std::string good = dir.write("a.note", threeEntryNote(notewriter::kTag, "tail"));
-    EXPECT_EQ(captureStdout([&] { pages = op.fetchTotalPageNumOfNote(good); }), "Num:2");
-    EXPECT_EQ(pages, 2);
-
-    const std::string bad = dir.write("b.note", threeEntryNote(notewriter::kTag, "tAil"));
-    EXPECT_EQ(captureStdout([&] { pages = op.fetchTotalPageNumOfNote(bad); }),
-              "file trail str errorfetchIndex error.");
-    EXPECT_EQ(pages, -1);
-
-    EXPECT_EQ(captureStdout([&] { pages = op.fetchTotalPageNumOfNote(dir.path("none.note")); }),
+    EXPECT_EQ(captureStdout([&] { code = op.fetchTotalPageNumOfNote(file.filePath); }), log + "fetchIndex error.");
+    EXPECT_EQ(code, -1);
+    EXPECT_EQ(captureStdout([&] { code = op.fetchTotalPageNumOfNote(dir.path("none.note")); }),
               "ERROR file is note exists.errno:" + kNoSuchFile + "init_datafile failed");
-    EXPECT_EQ(pages, -1);
-    EXPECT_EQ(captureStdout([&] { pages = op.fetchTotalPageNumOfNote(""); }),
-              "ERROR path is nullinit_datafile failed");
-    EXPECT_EQ(pages, -1);
+    EXPECT_EQ(code, -1);
+    EXPECT_EQ(captureStdout([&] { code = op.fetchTotalPageNumOfNote(""); }), "ERROR path is nullinit_datafile failed");
+    EXPECT_EQ(code, -1);
 }

@@ -12,7 +12,6 @@
 #include "capture.h"
 #include "kwpagefeaturemodule.h"
 #include "notefiles.h"
-#include "notewriter.h"
 
 using notetest::captureStdout;
 using notewriter::NoteFile;
@@ -33,62 +32,33 @@ PageFeatureReadFlag strokeFlags(bool records) {
     return flags;
 }
 
-struct PageRead {
-    int result;
-    std::string log;
-};
-
-PageRead fill(KwPageFeatureModule& page, std::vector<ModuleItem> items, const std::string& path,
-              PageFeatureReadFlag flags) {
-    PageRead r{-1, ""};
-    r.log = captureStdout([&] { r.result = page.setInfoOfPageFeature(items, path, flags); });
-    return r;
+// The result and the log of one fill.
+std::pair<int, std::string> fill(KwPageFeatureModule& page, std::vector<ModuleItem> items,
+                                 const std::string& path, PageFeatureReadFlag flags) {
+    int result = -1;
+    std::string log = captureStdout([&] { result = page.setInfoOfPageFeature(items, path, flags); });
+    return {result, log};
 }
 
-// A file ending with a stroke block; its site goes into the TOTALPATH item.
-std::string strokeFile(const notetest::ScratchDir& dir, const std::vector<std::string>& records,
-                       uint64_t& site, int32_t count) {
-    NoteFile file;
-    site = file.strokeBlock(records, count);
-    return dir.write("strokes.note", file.finish(0).substr(0, file.size()));
-}
+std::vector<ModuleItem> totalPath(uint64_t site) { return {{"TOTALPATH", std::to_string(site)}}; }
 
 }  // namespace
 
-TEST(PageItems, DefaultsStayWithoutSelectedItems) {
+TEST(PageItems, OnlySelectedKeysAreTakenEachInItsOwnWay) {
     KwPageFeatureModule page;
-    EXPECT_EQ(fill(page, {}, "", allFlags()).result, 0);
-    EXPECT_EQ(fill(page, {{"PAGESTYLE", "grid"}, {"MAINLAYER", "5"}, {"TOTALPATH", "9"}}, "",
-                   PageFeatureReadFlag{})
-                  .result,
-              0);
+    EXPECT_EQ(fill(page, {{"PAGESTYLE", "grid"}, {"MAINLAYER", "5"}}, "", PageFeatureReadFlag{}).first, 0);
     EXPECT_EQ(page.pageStyle, "none");
-    EXPECT_EQ(page.pageStyleMd5, "0");
     EXPECT_EQ(page.layerSeq, "nolayer");
-    EXPECT_EQ(page.pageId, "none");
     EXPECT_EQ(page.mainLayerSite, 0);
-    EXPECT_EQ(page.totalPathSite, 0);
-    EXPECT_TRUE(page.trails.empty());
-    EXPECT_TRUE(page.fiveStars.empty());
-}
 
-TEST(PageItems, ValuesAreConvertedPerKey) {
-    KwPageFeatureModule page;
-    const PageRead r = fill(page,
-                            {{"PAGESTYLE", "style 1"},
-                             {"LAYERSEQ", " A B"},
-                             {"LAYERINFO", std::string("ab\0cd", 5)},
-                             {"MAINLAYER", "12abc"},
-                             {"LAYER1", "abc"},
-                             {"LAYER2", " -7"},
-                             {"LAYER3", "99999999999"},
-                             {"BGLAYER", "3"},
-                             {"BGLAYER", "4"},
-                             {"RECOGNLANGUAGE", "en_US"},
-                             {"UNKNOWN", "1"}},
-                            "", allFlags());
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.log, "");
+    const auto r = fill(page,
+                        {{"PAGESTYLE", "style 1"}, {"LAYERSEQ", " A B"}, {"LAYERINFO", std::string("ab\0cd", 5)},
+                         {"MAINLAYER", "12abc"}, {"LAYER1", "abc"}, {"LAYER2", " -7"}, {"LAYER3", "99999999999"},
+                         {"BGLAYER", "3"}, {"BGLAYER", "4"}, {"UNKNOWN", "1"},
+                         {"FIVESTAR", "1,2,3,4,5,6,7,8,9,10"}, {"FIVESTAR", "1,2,3,4,5,6,7,8,9,10,11,12"},
+                         {"FIVESTAR", "1,2,3,4,5,6,7,8,9,10,-11 ignored"}},
+                        "", allFlags());
+    EXPECT_EQ(r, std::make_pair(0, std::string()));
     EXPECT_EQ(page.pageStyle, "style 1");
     EXPECT_EQ(page.layerSeq, "A");
     EXPECT_EQ(page.layerInfo, "ab");
@@ -97,18 +67,7 @@ TEST(PageItems, ValuesAreConvertedPerKey) {
     EXPECT_EQ(page.layer2Site, -7);
     EXPECT_EQ(page.layer3Site, INT_MAX);
     EXPECT_EQ(page.bgLayerSite, 4);  // the later item wins
-    EXPECT_EQ(page.recognLanguage, "en_US");
-}
-
-TEST(PageItems, FiveStarNeedsExactlyElevenNumbers) {
-    KwPageFeatureModule page;
-    fill(page,
-         {{"FIVESTAR", "1,2,3,4,5,6,7,8,9,10"},
-          {"FIVESTAR", "1,2,3,4,5,6,7,8,9,10,11,12"},
-          {"FIVESTAR", "1,2,3,4,5,6,7,8,9,10,-11 ignored"}},
-         "", allFlags());
     ASSERT_EQ(page.fiveStars.size(), 1u);
-    EXPECT_EQ(page.fiveStars[0].values[0], 1);
     EXPECT_EQ(page.fiveStars[0].values[10], -11);
 
     std::vector<ModuleItem> items{{"FIVESTAR", "1,2,3,4,5,x,7,8,9,10,11"}};
@@ -122,85 +81,71 @@ TEST(PageStrokes, BlockIsReadOnlyWhenAskedForAndPresent) {
     KwPageFeatureModule page;
     PageFeatureReadFlag siteOnly;
     siteOnly.totalPath = true;
-    PageRead r = fill(page, {{"TOTALPATH", "40"}}, "/nonexistent/a.note", siteOnly);
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(fill(page, totalPath(40), "/nonexistent", siteOnly), std::make_pair(0, std::string()));
     EXPECT_EQ(page.totalPathSite, 40);
-
-    r = fill(page, {{"TOTALPATH", "0"}}, "/nonexistent/a.note", strokeFlags(true));
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.log, "");
-
-    r = fill(page, {{"TOTALPATH", "40"}}, "/nonexistent/a.note", strokeFlags(true));
-    EXPECT_EQ(r.result, 1);
-    EXPECT_EQ(r.log, "open file failed-----errno:" + std::to_string(ENOENT) + ",errmsg:" +
-                         std::strerror(ENOENT));
+    EXPECT_EQ(fill(page, totalPath(0), "/nonexistent", strokeFlags(true)), std::make_pair(0, std::string()));
+    EXPECT_EQ(fill(page, totalPath(40), "/nonexistent", strokeFlags(true)),
+              std::make_pair(1, "open file failed-----errno:" + std::to_string(ENOENT) + ",errmsg:" +
+                                    std::strerror(ENOENT)));
 }
 
 TEST(PageStrokes, RecordsDecodeInOrderAndReplaceEarlierStrokes) {
     notetest::ScratchDir dir;
-    const std::vector<TrailContainer> written{notetest::sampleStroke(1), notetest::sampleStroke(2)};
-    uint64_t site = 0;
-    const std::string path = strokeFile(
-        dir, {notewriter::strokeRecord(written[0]), notewriter::strokeRecord(written[1])}, site, 2);
+    const std::vector<std::string> records{notewriter::strokeRecord(notetest::sampleStroke(1)),
+                                           notewriter::strokeRecord(notetest::sampleStroke(2))};
+    NoteFile file;
+    const uint64_t site = file.strokeBlock(records);
+    const std::string path = dir.write("a.note", file.finish(0));
 
     KwPageFeatureModule page;
     page.trails.resize(3);
-    const std::vector<ModuleItem> items{{"TOTALPATH", std::to_string(site)}};
-    PageRead r = fill(page, items, path, strokeFlags(true));
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(fill(page, totalPath(site), path, strokeFlags(true)), std::make_pair(0, std::string()));
     EXPECT_EQ(page.trailCount, 2u);
-    EXPECT_EQ(page.totalPathLength, 8 + 8 + notewriter::strokeRecord(written[0]).size() +
-                                        notewriter::strokeRecord(written[1]).size());
+    EXPECT_EQ(page.totalPathLength, 16 + records[0].size() + records[1].size());
     ASSERT_EQ(page.trails.size(), 2u);
-    notetest::expectSameStroke(page.trails[0], written[0]);
-    notetest::expectSameStroke(page.trails[1], written[1]);
+    EXPECT_TRUE(notetest::sameStroke(page.trails[0], notetest::sampleStroke(1)));
+    EXPECT_TRUE(notetest::sameStroke(page.trails[1], notetest::sampleStroke(2)));
 
-    // The head alone: the count is taken, the list emptied, no record read.
-    r = fill(page, items, path, strokeFlags(false));
-    EXPECT_EQ(r.result, 0);
+    // The head alone: the count is taken and the list emptied, no record is read.
+    EXPECT_EQ(fill(page, totalPath(site), path, strokeFlags(false)).first, 0);
     EXPECT_EQ(page.trailCount, 2u);
     EXPECT_TRUE(page.trails.empty());
 }
 
-TEST(PageStrokes, BrokenBlocksFailThePage) {
+TEST(PageStrokes, BrokenBlocksFailThePageKeepingWhatCameBefore) {
     notetest::ScratchDir dir;
     const std::string good = notewriter::strokeRecord(notetest::sampleStroke(1));
-    uint64_t site = 0;
+    // A disabled area in a record too short for it: the decoder refuses the record.
+    const std::string overrun = notewriter::Bytes().zeros(188).i32(1).zeros(16).i32(1).str();
     KwPageFeatureModule page;
 
-    // A record claiming 4 GiB in a small file fails like the short read, keeping what came before.
-    NoteFile file;
-    site = file.strokeBlock({good, "tiny"});
-    file.patch32(site + 8 + 4 + good.size(), 0xFFFFFFFFu);
-    std::string path = dir.write("huge.note", file.finish(0));
-    PageRead r = fill(page, {{"TOTALPATH", std::to_string(site)}}, path, strokeFlags(true));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log.rfind("read trail data error-----errno:", 0), 0u) << r.log;
-    EXPECT_NE(r.log.find(",errmsg:"), std::string::npos);
+    // The second record claims 4 GiB in a small file and fails like its short read.
+    NoteFile huge;
+    uint64_t site = huge.strokeBlock({good, "tiny"});
+    huge.patch32(site + 12 + good.size(), 0xFFFFFFFFu);
+    auto r = fill(page, totalPath(site), dir.write("huge.note", huge.finish(0)), strokeFlags(true));
+    EXPECT_EQ(r.first, 17);
+    EXPECT_EQ(r.second.rfind("read trail data error-----errno:", 0), 0u) << r.second;
+    EXPECT_NE(r.second.find(",errmsg:"), std::string::npos);
     EXPECT_EQ(page.trails.size(), 1u);
 
-    // More strokes counted than the file holds: the next length cannot be read.
-    path = strokeFile(dir, {good}, site, 1000000);
-    r = fill(page, {{"TOTALPATH", std::to_string(site)}}, path, strokeFlags(true));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log.rfind("read trail len error-----errno:", 0), 0u) << r.log;
+    // More strokes counted than the file holds: the block ends the file, so the next
+    // length cannot be read.
+    NoteFile many;
+    site = many.strokeBlock({good}, 1000000);
+    r = fill(page, totalPath(site), dir.write("many.note", many.finish(0).substr(0, many.size())), strokeFlags(true));
+    EXPECT_EQ(r.first, 17);
+    EXPECT_EQ(r.second.rfind("read trail len error-----errno:", 0), 0u) << r.second;
 
-    // A record that overruns its own frame: a disabled area needs 236 bytes.
-    const std::string overrun =
-        notewriter::Bytes().zeros(188).i32(1).zeros(16).i32(1).str();
-    path = strokeFile(dir, {overrun}, site, 1);
-    r = fill(page, {{"TOTALPATH", std::to_string(site)}}, path, strokeFlags(true));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log, "disableAreaListdata2Trail error.");
-
-    r = fill(page, {{"TOTALPATH", std::to_string(site + 1000)}}, path, strokeFlags(true));
-    EXPECT_EQ(r.result, 17);
-    EXPECT_EQ(r.log, "totalpath site error.");
+    NoteFile bad;
+    site = bad.strokeBlock({overrun});
+    const std::string path = dir.write("bad.note", bad.finish(0));
+    EXPECT_EQ(fill(page, totalPath(site), path, strokeFlags(true)),
+              std::make_pair(17, std::string("disableAreaListdata2Trail error.")));
 
     // The items after a failure are not taken.
-    r = fill(page, {{"TOTALPATH", std::to_string(site + 1000)}, {"PAGEID", "later"}}, path, allFlags());
-    EXPECT_EQ(r.result, 17);
+    std::vector<ModuleItem> items = totalPath(site + 1000);
+    items.push_back({"PAGEID", "later"});
+    EXPECT_EQ(fill(page, items, path, allFlags()), std::make_pair(17, std::string("totalpath site error.")));
     EXPECT_EQ(page.pageId, "none");
 }
