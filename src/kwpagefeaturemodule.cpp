@@ -68,7 +68,9 @@ int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, un
             kwlog::text("data2Trail error.");
             return 17;
         }
-        trails.push_back(std::move(trail));
+        // A copy, not a move: the fresh record reserves room for 5000 points and flags,
+        // which a move would keep for every stroke of the page (over 100 KB each).
+        trails.push_back(trail);
     }
     return 0;
 }
