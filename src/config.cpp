@@ -306,9 +306,13 @@ bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size 
     return true;
 }
 
-int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned long& outLen) {
-    const unsigned char code = COMPRESS_INDEX[value];
-    unsigned char* p = out;
+namespace {
+
+// The pairs of one run: whole 16384-pixel pairs, then at most one multiple of 128 and one
+// pair of 1 to 127 pixels. The counter keeps the remainder below 16384. Returns the end of
+// what it wrote. Inline here so that the encoder, which codes a run for nearly every pixel
+// of a badly compressible picture, does not pay a call through the exported unitForRLE.
+inline unsigned char* writeRun(int& count, unsigned char code, unsigned char* p) {
     for (int whole = count >> 14; whole > 0; --whole) {
         *p++ = code;
         *p++ = 0xFF;
@@ -322,7 +326,13 @@ int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned lon
         *p++ = code;
         *p++ = static_cast<unsigned char>(r - 1);
     }
-    const int written = static_cast<int>(p - out);
+    return p;
+}
+
+}  // namespace
+
+int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned long& outLen) {
+    const int written = static_cast<int>(writeRun(count, COMPRESS_INDEX[value], out) - out);
     outLen += written;
     return written;
 }
@@ -339,22 +349,55 @@ inline bool isLayerValue(unsigned char v) {
     }
 }
 
+constexpr unsigned long kMaxBlocksAtOnce = 1ul << 16;
+
+// The number of whole 8-byte blocks from `from` on, at most `blocks` and at most
+// kMaxBlocksAtOnce, in which every byte is `value`. Four blocks are compared at a time, so
+// that the blank and ink areas of a page pass at well under one comparison per block.
+inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsigned char value) {
+    const uint64_t pattern = 0x0101010101010101ull * value;
+    const unsigned long limit = std::min(blocks, kMaxBlocksAtOnce);
+    unsigned long n = 0;
+    for (; n + 4 <= limit; n += 4) {
+        uint64_t w[4];
+        std::memcpy(w, from + 8 * n, sizeof w);
+        if (((w[0] ^ pattern) | (w[1] ^ pattern) | (w[2] ^ pattern) | (w[3] ^ pattern)) != 0) break;
+    }
+    for (; n < limit; ++n) {
+        uint64_t w;
+        std::memcpy(&w, from + 8 * n, 8);
+        if (w != pattern) break;
+    }
+    return n;
+}
+
 // Codes one block byte by byte. A byte is compared as signed with the run value as
 // unsigned, so a byte of 0x80 or more never continues a run: each 0xFE or 0xFF met here
 // becomes a run of its own. The position test looks at the place in the block, not in
 // the input, and so only matters for an input of exactly 8 bytes.
 inline void codeBlockBytewise(const char* block, unsigned long size, int& count, unsigned char& runValue,
                               unsigned char* work, unsigned long& workLen) {
+    unsigned char* p = work + workLen;
+    unsigned char code = COMPRESS_INDEX[runValue];
     for (unsigned long k = 0; k < 8; ++k) {
-        const signed char byte = static_cast<signed char>(block[k]);
-        if (static_cast<int>(byte) == static_cast<int>(runValue) && k != size - 1) {
-            ++count;
-        } else {
-            unitForRLE(count, runValue, work + workLen, workLen);
-            runValue = static_cast<unsigned char>(byte);
-            count = 1;
+        const int byte = static_cast<signed char>(block[k]);
+        const bool ends = byte != static_cast<int>(runValue) || k == size - 1;
+        // Handwriting ends a run every few bytes in no pattern a branch predictor can
+        // learn, so a run below 128 pixels, a single pair, is written without a branch:
+        // the pair always goes to the end of the code and is kept only when the run ends.
+        // Longer runs are rare and take the general way, after which nothing is left to write.
+        if (ends && count >= 128) {
+            p = writeRun(count, code, p);
+            count = 0;
         }
+        p[0] = code;
+        p[1] = static_cast<unsigned char>(count - 1);
+        p += (ends && count != 0) ? 2 : 0;
+        count = ends ? 1 : count + 1;
+        runValue = ends ? static_cast<unsigned char>(byte) : runValue;
+        code = COMPRESS_INDEX[runValue];
     }
+    workLen = static_cast<unsigned long>(p - work);
 }
 
 }  // namespace
@@ -373,17 +416,19 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
 
     // The last size mod 8 bytes are not coded; a layer bitmap has none.
     const unsigned long blocks = size / 8;
-    for (unsigned long b = 0; b < blocks; ++b) {
-        const char* block = src + 8 * b;
-        uint64_t bytes;
-        std::memcpy(&bytes, block, 8);
-        if (isLayerValue(runValue) && bytes == 0x0101010101010101ull * runValue)
-            count += 8;
-        else
-            codeBlockBytewise(block, size, count, runValue, work.get(), workLen);
-        // A run that would outgrow the counter is coded in its whole 16384-pixel pairs now;
-        // the remainder stays in the counter, so the code is the same as in one piece.
-        if (count > INT_MAX - 8) unitForRLE(count, runValue, work.get() + workLen, workLen);
+    for (unsigned long b = 0; b < blocks;) {
+        if (isLayerValue(runValue)) {
+            const unsigned long same = countBlocksOf(src + 8 * b, blocks - b, runValue);
+            b += same;
+            count += static_cast<int>(8 * same);
+            // A run that would outgrow the counter is coded in its whole 16384-pixel pairs
+            // now; the remainder stays in the counter, so the code is the same as in one piece.
+            if (count > INT_MAX - 8 * int(kMaxBlocksAtOnce) - 8)
+                workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
+            if (same == kMaxBlocksAtOnce || b == blocks) continue;
+        }
+        codeBlockBytewise(src + 8 * b, size, count, runValue, work.get(), workLen);
+        ++b;
     }
     unitForRLE(count, runValue, work.get() + workLen, workLen);
 
