@@ -29,8 +29,8 @@ struct PngImage {
     std::vector<png_color> palette;
     std::vector<png_byte> alphas;  // tRNS entries, palette order
     std::vector<png_byte> row;
-    void (*fillRow)(const void* source, int y, png_byte* row) = nullptr;
-    const void* source = nullptr;
+    void (*fillRow)(void* source, int y, png_byte* row) = nullptr;
+    void* source = nullptr;
 };
 
 struct WriteTarget {
@@ -102,39 +102,42 @@ void writeImage(const std::string& path, PngImage& image) {
 
 // ---- The page as a palette picture, scaled by a whole number ----
 
+// The decoder writes only the eight pixel values of a layer, which take at most six
+// colours, so one palette of four bits a pixel serves every page, and no pass over the
+// page is needed to choose it.
 struct PaletteSource {
     const uint8_t* pixels;
-    std::array<uint8_t, 256> index;  // pixel value -> palette index
     int scale;
-    int bitDepth;
+    std::array<uint8_t, 256> index;  // pixel value -> palette index
+    std::vector<png_byte> pairs;     // two pixel values (first in the low byte) -> packed byte
+    std::vector<uint8_t> indices;    // one scaled row of palette indices
 };
 
-void fillPaletteRow(const void* source, int y, png_byte* row) {
-    const auto& s = *static_cast<const PaletteSource*>(source);
+void fillPaletteRow(void* source, int y, png_byte* row) {
+    auto& s = *static_cast<PaletteSource*>(source);
     const uint8_t* in = s.pixels + std::size_t(y / s.scale) * kPageWidth;
-    const int perByte = 8 / s.bitDepth;
-    const int width = kPageWidth * s.scale;
-    std::memset(row, 0, std::size_t(width + perByte - 1) / perByte);
-    for (int x = 0; x < width; ++x) {
-        const int shift = 8 - s.bitDepth * (x % perByte + 1);
-        row[x / perByte] |= static_cast<png_byte>(s.index[in[x / s.scale]] << shift);
+    if (s.scale == 1) {  // the common case: one table look-up for each two pixels
+        for (int x = 0; x < kPageWidth; x += 2) *row++ = s.pairs[in[x] | in[x + 1] << 8];
+        return;
     }
+    uint8_t* out = s.indices.data();
+    for (int x = 0; x < kPageWidth; ++x) out = std::fill_n(out, s.scale, s.index[in[x]]);
+    for (std::size_t x = 0; x < s.indices.size(); x += 2)  // the scaled width is even: 1404 is
+        *row++ = static_cast<png_byte>(s.indices[x] << 4 | s.indices[x + 1]);
 }
 
 void writePalettePng(const std::string& path, const uint8_t* pixels, int scale, bool transparent) {
-    std::array<bool, 256> present{};
-    for (std::size_t i = 0; i < kPagePixels; ++i) present[pixels[i]] = true;
-
-    PaletteSource source{pixels, {}, scale, 8};
+    PaletteSource source{pixels, scale, {}, std::vector<png_byte>(65536), std::vector<uint8_t>(std::size_t(kPageWidth) * scale)};
     PngImage image;
     std::vector<uint32_t> colours;
     for (int value = 0; value < 256; ++value) {
-        if (!present[value]) continue;
         const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
         auto at = std::find(colours.begin(), colours.end(), colour);
         if (at == colours.end()) at = colours.insert(colours.end(), colour);
         source.index[value] = static_cast<uint8_t>(at - colours.begin());
     }
+    for (int pair = 0; pair < 65536; ++pair)
+        source.pairs[pair] = static_cast<png_byte>(source.index[pair & 0xFF] << 4 | source.index[pair >> 8]);
     for (uint32_t colour : colours) {
         image.palette.push_back({png_byte(colour >> 16), png_byte(colour >> 8), png_byte(colour)});
         image.alphas.push_back(png_byte(colour >> 24));
@@ -142,11 +145,10 @@ void writePalettePng(const std::string& path, const uint8_t* pixels, int scale, 
     // tRNS may stop at the last entry that is not opaque.
     while (!image.alphas.empty() && image.alphas.back() == 0xFF) image.alphas.pop_back();
 
-    source.bitDepth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
     image.width = kPageWidth * scale;
     image.height = kPageHeight * scale;
-    image.bitDepth = source.bitDepth;
-    image.row.resize(std::size_t(image.width));
+    image.bitDepth = 4;
+    image.row.resize(std::size_t(image.width + 1) / 2);
     image.fillRow = fillPaletteRow;
     image.source = &source;
     writeImage(path, image);
@@ -161,7 +163,7 @@ struct GreySource {
     bool alpha;
 };
 
-void fillGreyRow(const void* source, int y, png_byte* row) {
+void fillGreyRow(void* source, int y, png_byte* row) {
     const auto& s = *static_cast<const GreySource*>(source);
     const auto* in = reinterpret_cast<const uint32_t*>(s.data + std::size_t(y) * s.stride);
     for (int x = 0; x < s.width; ++x) {
