@@ -202,15 +202,14 @@ void addRenderCommand(CLI::App& app, Runner& run) {
             job.largestPage = notePageList.back();
 
             const bool outIsFolder = isDirectory(args->out) || args->out.back() == '/';
-            if (options.format == "pdf") {
-                job.file = outIsFolder ? joinPath(args->out, noteStem(job.note) + ".pdf") : args->out;
-                if (outIsFolder) makeDirectories(args->out);
-            } else if (job.pages.size() == 1 && !outIsFolder) {
+            if (options.format == "pdf" && outIsFolder)
+                job.file = joinPath(args->out, noteStem(job.note) + ".pdf");
+            else if ((options.format == "pdf" || job.pages.size() == 1) && !outIsFolder)
                 job.file = args->out;
-            } else {
+            else
                 job.dir = args->out;
-                makeDirectories(job.dir);
-            }
+            const std::size_t slash = job.file.rfind('/');
+            makeDirectories(!job.dir.empty() ? job.dir : slash == std::string::npos ? "." : job.file.substr(0, slash + 1));
             return renderNote(job, options, args->workers, nullptr) == 0 ? kExitOk : kExitFailed;
         };
     });
