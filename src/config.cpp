@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 
 #include "log.h"
 
@@ -19,12 +20,16 @@ std::string kwFileIdenificationTag = "KW_FILE_VER_20220013";
 namespace {
 
 // Calls f(begin, length) for each non-empty piece of text between characters of delimiters.
+// A single delimiter, the common case (">", ":", ","), is searched for as one character:
+// the search for any of a set tests the set once per character of the text.
 template <class F>
-void forEachPiece(const std::string& text, const std::string& delimiters, F&& f) {
+void forEachPiece(std::string_view text, std::string_view delimiters, F&& f) {
     if (delimiters.empty()) return;
+    const auto next = [&](std::size_t from) {
+        return delimiters.size() == 1 ? text.find(delimiters[0], from) : text.find_first_of(delimiters, from);
+    };
     std::size_t start = 0;
-    for (std::size_t at = text.find_first_of(delimiters); at != std::string::npos;
-         at = text.find_first_of(delimiters, start)) {
+    for (std::size_t at = next(0); at != std::string_view::npos; at = next(start)) {
         if (at > start) f(start, at - start);
         start = at + 1;
     }
@@ -89,19 +94,17 @@ bool failSeek(FILE*& fp) {
 
 // Appends an item for each ">"-piece that divides into exactly two ":"-pieces. The first
 // character of the key is dropped whatever it is: it is the "<" of a well-formed item.
-void parseItems(const std::string& text, std::vector<ModuleItem>& items) {
-    static const std::string itemEnd = ">";
-    static const std::string keyEnd = ":";
-    forEachPiece(text, itemEnd, [&](std::size_t at, std::size_t n) {
-        std::string piece = text.substr(at, n);
+void parseItems(std::string_view text, std::vector<ModuleItem>& items) {
+    forEachPiece(text, ">", [&](std::size_t at, std::size_t n) {
+        const std::string_view piece = text.substr(at, n);
         std::size_t parts = 0;
-        std::size_t keyAt = 0, keyLen = 0, valueAt = 0, valueLen = 0;
-        forEachPiece(piece, keyEnd, [&](std::size_t pAt, std::size_t pLen) {
-            if (parts == 0) keyAt = pAt, keyLen = pLen;
-            if (parts == 1) valueAt = pAt, valueLen = pLen;
+        std::string_view key, value;
+        forEachPiece(piece, ":", [&](std::size_t pAt, std::size_t pLen) {
+            if (parts == 0) key = piece.substr(pAt + 1, pLen - 1);
+            if (parts == 1) value = piece.substr(pAt, pLen);
             ++parts;
         });
-        if (parts == 2) items.push_back({piece.substr(keyAt + 1, keyLen - 1), piece.substr(valueAt, valueLen)});
+        if (parts == 2) items.push_back({std::string(key), std::string(value)});
     });
 }
 
@@ -148,10 +151,8 @@ bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned 
         closeAfterFailure(fp);
         return false;
     }
-    const std::string text(buffer.get());  // up to the first zero byte
+    parseItems(std::string_view(buffer.get()), items);  // up to the first zero byte
     buffer.reset();
-
-    parseItems(text, items);
     if (items.empty()) {
         kwlog::line("readModuleItemFromFile failed.");
         std::fflush(stdout);
