@@ -73,6 +73,7 @@ KwFileIndexModule::KwFileIndexModule() = default;
 // as they always have.
 void KwFileIndexModule::setInfoOfModuleIndex(std::vector<ModuleItem>& items) {
     vecModuleIndex.clear();
+    vecModuleIndex.reserve(items.size());
     std::stringstream stream;
     int site = 0;
     for (const ModuleItem& item : items) {
