@@ -83,6 +83,33 @@ bool allEqual(const std::vector<uint8_t>& v, std::size_t from, std::size_t to, u
 // remaining 6848 = 53 x 128 + 64 pixels.
 Code wholePicture(uint8_t code) { return pairs(code, 0xFF, 160) + pairs(code, 0xB4) + pairs(code, 0x3F); }
 
+TEST(ColourTables, HoldTheEightPixelValuesAndNothingElse) {
+    struct Entry {
+        uint8_t pixel;
+        uint8_t code;
+        uint32_t colour;
+    };
+    const Entry entries[] = {
+        {0x00, 0x61, 0xFF010101}, {0x01, 0x66, 0xFF010101}, {0x30, 0x63, 0xFF9D9D9D},
+        {0x31, 0x67, 0xFF9D9D9D}, {0x50, 0x64, 0xFFC9C9C9}, {0x51, 0x68, 0xFFC9C9C9},
+        {0xFE, 0x65, 0xFFFEFEFE}, {0xFF, 0x62, 0x00000000},
+    };
+    std::vector<int> pixelOfCode(256, 0xFF);
+    std::vector<int> codeOfPixel(256, 0x00);
+    std::vector<uint32_t> colourOfPixel(256, 0);
+    for (const Entry& e : entries) {
+        pixelOfCode[e.code] = e.pixel;
+        codeOfPixel[e.pixel] = e.code;
+        colourOfPixel[e.pixel] = e.colour;
+    }
+    for (int i = 0; i < 256; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(UNCOMPRESS_INDEX[i] & 0xFF, pixelOfCode[i]);
+        EXPECT_EQ(COMPRESS_INDEX[i], codeOfPixel[i]);
+        EXPECT_EQ(uint32_t(NOTE_COLOR_CONVERT_INDEX[i]), colourOfPixel[i]);
+    }
+}
+
 TEST(UnitForRle, WritesWholePairsThenOneMultipleOf128ThenTheRest) {
     uint8_t out[16];
     std::fill(std::begin(out), std::end(out), kGuard);

@@ -20,18 +20,19 @@
 
 // Every allocation of this program, the library's included, passes here, so that a test can
 // see how much one decode asks for, and refuse a huge request instead of touching the memory.
+// All three are kept out of line: inlined, the compiler (and valgrind) would see free() meet
+// a pointer from operator new.
 namespace allocation {
 std::size_t requested = 0;
 std::size_t refuseAbove = SIZE_MAX;
 }  // namespace allocation
 
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (size > allocation::refuseAbove) throw std::bad_alloc();
     allocation::requested += size;
     if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
     throw std::bad_alloc();
 }
-// Kept out of line: inlined, the compiler would see free() meet a pointer from operator new.
 [[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
 [[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
