@@ -21,6 +21,7 @@ struct Bar {
     int total = 0;
     int done = 0;
     std::chrono::steady_clock::time_point start;
+    std::chrono::steady_clock::time_point drawn;
 };
 Bar g_bar;
 
@@ -101,6 +102,10 @@ void Progress::addPages(int pages) {
 void Progress::pageDone() {
     std::lock_guard<std::mutex> lock(g_stderrLock);
     ++g_bar.done;
+    // A terminal needs no more than ten updates a second.
+    const auto now = std::chrono::steady_clock::now();
+    if (now - g_bar.drawn < std::chrono::milliseconds(100) && g_bar.done < g_bar.total) return;
+    g_bar.drawn = now;
     drawBarLocked();
 }
 

@@ -130,7 +130,7 @@ void addConvertCommand(CLI::App& app, Runner& run) {
             const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
             const int pagesDone = totalPages - failedPages;
             const int notesFailed = failedNotes + failedJobs;
-            std::fprintf(toolOut(), "notetool: converted %d pages of %d notes to %s in %.2f s (%.1f pages/s); %d notes failed\n",
+            std::fprintf(toolOut(), "notetool: converted %d pages of %d notes to %s in %.2f s (%.1f pages/s); %d failed\n",
                          pagesDone, static_cast<int>(jobs.size()) - failedJobs, options.format.c_str(), seconds,
                          seconds > 0 ? pagesDone / seconds : 0.0, notesFailed);
             return notesFailed == 0 ? kExitOk : kExitFailed;

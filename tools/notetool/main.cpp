@@ -36,8 +36,10 @@ std::string roff(const std::string& text) {
     }
     std::string escaped;
     std::istringstream lines(out);
+    // Each line of the help text is a paragraph of its own.
     for (std::string line; std::getline(lines, line);)
-        escaped += (line.empty() || (line[0] != '.' && line[0] != '\'') ? line : "\\&" + line) + "\n";
+        escaped += (escaped.empty() ? "" : ".PP\n") +
+                   (line.empty() || (line[0] != '.' && line[0] != '\'') ? line : "\\&" + line) + "\n";
     return escaped;
 }
 
