@@ -104,7 +104,7 @@ void addConvertCommand(CLI::App& app, Runner& run) {
                     job.largestPage = job.pages.back();
                     if (options.format == "pdf") job.file = stem + ".pdf";
                     makeDirectories(job.dir);
-                } catch (const std::runtime_error& e) {
+                } catch (const std::exception& e) {
                     reportError(e.what());
                     ++failedNotes;
                     continue;

@@ -69,7 +69,7 @@ int renderPages(const NoteJob& job, const RenderOptions& options, int workers, P
             } catch (const std::runtime_error& e) {
                 throw ToolError(outputError(path, e));
             }
-        } catch (const std::runtime_error& e) {
+        } catch (const std::exception& e) {  // one odd file must not end the whole run
             reportError(e.what());
             ++failed;
         }
@@ -94,7 +94,7 @@ int renderPdf(const NoteJob& job, const RenderOptions& options, int workers, Pro
                 errors[slot].clear();
                 try {
                     composePage(job.note, job.pages[static_cast<std::size_t>(first + k)], options.layers, pixels[slot].data());
-                } catch (const std::runtime_error& e) {
+                } catch (const std::exception& e) {
                     errors[slot] = e.what();
                 }
             });
@@ -108,7 +108,7 @@ int renderPdf(const NoteJob& job, const RenderOptions& options, int workers, Pro
     } catch (const ToolError& e) {
         reportError(e.what());
         return count;
-    } catch (const std::runtime_error& e) {
+    } catch (const std::exception& e) {
         reportError(outputError(job.file, e));
         return count;
     }
