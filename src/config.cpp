@@ -360,9 +360,12 @@ inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsig
     const unsigned long limit = std::min(blocks, kMaxBlocksAtOnce);
     unsigned long n = 0;
     for (; n + 4 <= limit; n += 4) {
-        uint64_t w[4];
-        std::memcpy(w, from + 8 * n, sizeof w);
-        if (((w[0] ^ pattern) | (w[1] ^ pattern) | (w[2] ^ pattern) | (w[3] ^ pattern)) != 0) break;
+        uint64_t w0, w1, w2, w3;
+        std::memcpy(&w0, from + 8 * n, 8);
+        std::memcpy(&w1, from + 8 * n + 8, 8);
+        std::memcpy(&w2, from + 8 * n + 16, 8);
+        std::memcpy(&w3, from + 8 * n + 24, 8);
+        if (((w0 ^ pattern) | (w1 ^ pattern) | (w2 ^ pattern) | (w3 ^ pattern)) != 0) break;
     }
     for (; n < limit; ++n) {
         uint64_t w;
@@ -376,18 +379,21 @@ inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsig
 // unsigned, so a byte of 0x80 or more never continues a run: each 0xFE or 0xFF met here
 // becomes a run of its own. The position test looks at the place in the block, not in
 // the input, and so only matters for an input of exactly 8 bytes.
-inline void codeBlockBytewise(const char* block, unsigned long size, int& count, unsigned char& runValue,
+inline void codeBlockBytewise(const char* block, unsigned long size, int& runCount, unsigned char& runValueOut,
                               unsigned char* work, unsigned long& workLen) {
+    // Worked on in locals, so that the state of the run stays in registers.
+    int count = runCount;
+    unsigned char runValue = runValueOut;
     unsigned char* p = work + workLen;
     unsigned char code = COMPRESS_INDEX[runValue];
     for (unsigned long k = 0; k < 8; ++k) {
         const int byte = static_cast<signed char>(block[k]);
         const bool ends = byte != static_cast<int>(runValue) || k == size - 1;
-        // Handwriting ends a run every few bytes in no pattern a branch predictor can
-        // learn, so a run below 128 pixels, a single pair, is written without a branch:
-        // the pair always goes to the end of the code and is kept only when the run ends.
-        // Longer runs are rare and take the general way, after which nothing is left to write.
-        if (ends && count >= 128) {
+        // A run below 128 pixels is a single pair, written at the end of the code whether
+        // the run ends here or not and kept only when it does: handwriting ends a run every
+        // few bytes, and this keeps the work per byte the same either way. Longer runs are
+        // rare and take the general way, after which nothing is left to write.
+        if (count >= 128 && ends) {
             p = writeRun(count, code, p);
             count = 0;
         }
@@ -399,6 +405,8 @@ inline void codeBlockBytewise(const char* block, unsigned long size, int& count,
         code = COMPRESS_INDEX[runValue];
     }
     workLen = static_cast<unsigned long>(p - work);
+    runCount = count;
+    runValueOut = runValue;
 }
 
 }  // namespace
@@ -431,7 +439,7 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
         codeBlockBytewise(src + 8 * b, size, count, runValue, work.get(), workLen);
         ++b;
     }
-    unitForRLE(count, runValue, work.get() + workLen, workLen);
+    workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
 
     std::memcpy(dest, work.get(), workLen);
     destLen = workLen;
