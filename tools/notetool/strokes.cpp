@@ -3,6 +3,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdexcept>
 
 #include "atomic_file.h"
 #include "commands.h"
@@ -90,7 +91,14 @@ void addStrokesCommand(CLI::App& app, Runner& run) {
             selectPages(std::to_string(args->page), notePages(args->note));  // a page not in the note is a usage error
 
             std::vector<TrailContainer> trails;
-            const int status = KwDataLoad().fetchNotePathFromFile(trails, args->note, args->page);
+            int status = 0;
+            try {
+                status = KwDataLoad().fetchNotePathFromFile(trails, args->note, args->page);
+            } catch (const std::length_error&) {
+                // libNote's documented answer to a stroke section with a negative count.
+                throw ToolError(args->note + ": page " + std::to_string(args->page) +
+                                ": strokes cannot be read (a stroke has a negative count)");
+            }
             if (status != 0)
                 throw ToolError(args->note + ": page " + std::to_string(args->page) + ": strokes cannot be read (code " +
                                 std::to_string(status) + ")");
