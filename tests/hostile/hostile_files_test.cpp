@@ -15,6 +15,7 @@
 #include "config.h"
 #include "kwdatafile.h"
 #include "kwdataoperationfile.h"
+#include "hostile_notes.h"
 #include "notefiles.h"
 #include "notewriter.h"
 #include "peak_memory.h"
@@ -28,6 +29,9 @@ namespace {
 using notetest::captureStdout;
 using notewriter::Bytes;
 using notewriter::kPictureSize;
+using hostile::onePage;
+using hostile::site;
+using hostile::strokeWithPointCount;
 using notewriter::NoteFile;
 
 constexpr long kMemoryBound = 64L * 1024 * 1024;
@@ -83,23 +87,6 @@ Results readAll(const std::string& path, int page = 1, const std::string& layer 
     EXPECT_EQ(std::string(r.pixels.begin() + kPictureSize, r.pixels.end()), std::string(kGuard, kGuardByte))
         << "written past the picture";
     return r;
-}
-
-std::string site(uint64_t at) { return std::to_string(at); }
-
-// A one-page note whose main layer's bitmap and stroke block are at the given sites,
-// whatever f holds there.
-std::string onePage(NoteFile& f, const std::string& bitmapSite, const std::string& totalPathSite) {
-    const uint64_t layer = f.block({{"LAYERNAME", "MAINLAYER"}, {"LAYERBITMAP", bitmapSite}});
-    const uint64_t page = f.block({{"MAINLAYER", site(layer)}, {"TOTALPATH", totalPathSite}});
-    return f.finish(f.block({{"PAGE1", site(page)}}));
-}
-
-std::string strokeWithPointCount(int32_t count) {
-    std::string record = notewriter::strokeRecord(notetest::sampleStroke(1));
-    // After the head and the one disabled area of the sample stroke: 208 + 4 + 24.
-    std::memcpy(&record[236], &count, 4);
-    return record;
 }
 
 class HostileFiles : public ::testing::Test {
