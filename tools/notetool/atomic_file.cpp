@@ -63,8 +63,6 @@ bool AtomicFile::writeCallback(void* closure, const unsigned char* data, unsigne
 }
 
 void AtomicFile::commit() {
-    // A writer that took tempPath() may have replaced the file behind our descriptor; the
-    // rename moves whatever the name holds now.
     const int fd = fd_;
     fd_ = -1;
     if (::close(fd) != 0) throw systemError("cannot write", path_);

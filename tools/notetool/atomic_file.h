@@ -19,10 +19,6 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    // Where to write: for writers that take a file name (e.g. a cairo surface).
-    const std::string& tempPath() const { return tempPath_; }
-    const std::string& path() const { return path_; }
-
     // Appends bytes to the temporary file; throws std::runtime_error on a write error.
     void write(const void* data, std::size_t length);
 

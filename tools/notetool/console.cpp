@@ -94,11 +94,6 @@ Progress::~Progress() {
     std::fflush(stderr);
 }
 
-void Progress::addPages(int pages) {
-    std::lock_guard<std::mutex> lock(g_stderrLock);
-    g_bar.total += pages;
-}
-
 void Progress::pageDone() {
     std::lock_guard<std::mutex> lock(g_stderrLock);
     ++g_bar.done;

@@ -39,7 +39,6 @@ class Progress {
 public:
     explicit Progress(int totalPages);
     ~Progress();  // clears the bar
-    void addPages(int pages);  // more work found while running
     void pageDone();
 };
 
