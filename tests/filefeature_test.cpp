@@ -1,71 +1,55 @@
 // The header module of a note: its defaults, reading from items and producing them back.
 
 #include <climits>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "kwfilefeaturemodule.h"
+#include "notefiles.h"
 
-using Items = std::vector<ModuleItem>;
-
-bool operator==(const ModuleItem& a, const ModuleItem& b) {
-    return a.key == b.key && a.value == b.value;
-}
+using notewriter::Items;
 
 namespace {
 
-// Every field in declaration order, as one tuple of references to compare or assign; a tuple
-// of a temporary module is only used within the expression that made it.
-template <class Module>
-auto fieldsOf(Module&& m) {
-    return std::tie(m.moduleLabel, m.fileType, m.applyEquipment, m.finalOperationPage,
-                    m.finalOperationLayer, m.originalStyle, m.originalStyleMd5, m.deviceDpi,
-                    m.softDpi, m.fileParseType, m.etmd, m.appVersion, m.fileId, m.fileRecognType,
-                    m.fileRecognLanguage);
+// Every field in declaration order, as one tuple of references to compare or assign.
+auto fieldsOf(KwFileFeatureModule& m) {
+    return std::tie(m.moduleLabel, m.fileType, m.applyEquipment, m.finalOperationPage, m.finalOperationLayer,
+                    m.originalStyle, m.originalStyleMd5, m.deviceDpi, m.softDpi, m.fileParseType, m.etmd,
+                    m.appVersion, m.fileId, m.fileRecognType, m.fileRecognLanguage);
 }
 
-KwFileFeatureModule readFrom(Items items) {
+KwFileFeatureModule readFrom(const Items& pairs) {
+    std::vector<ModuleItem> items = notetest::itemsOf(pairs);
     KwFileFeatureModule module;
     module.setInfoOfModuleFile(items);
     return module;
 }
 
-Items produced(const KwFileFeatureModule& module) {
-    Items items{{"old", "1"}};
-    KwFileFeatureModule(module).produceVecMI(items);
-    return items;
+Items produced(KwFileFeatureModule module) {
+    std::vector<ModuleItem> items{{"old", "1"}};
+    module.produceVecMI(items);
+    return notetest::pairsOf(items);
 }
 
-}  // namespace
-
-TEST(FileFeature, FreshModuleProducesDefaultsInFieldOrder) {
+TEST(FileFeature, DefaultsAliasAndTheProduceReadCycle) {
     EXPECT_EQ(produced(KwFileFeatureModule()),
               (Items{{"MODULE_LABEL", "none"}, {"FILE_TYPE", "none"}, {"APPLY_EQUIPMENT", "none"},
-                     {"FINALOPERATION_PAGE", "0"}, {"FINALOPERATION_LAYER", "none"},
-                     {"ORIGINAL_STYLE", "none"}, {"ORIGINAL_STYLEMD5", "0"}, {"DEVICE_DPI", "none"},
-                     {"SOFT_DPI", "none"}, {"FILE_PARSE_TYPE", "0"}, {"MORVA_ETMD", "none"},
-                     {"APP_VERSION", "0"}, {"FILE_ID", "none"}, {"FILE_RECOGN_TYPE", "0"},
-                     {"FILE_RECOGN_LANGUAGE", "none"}}));
-    // Unknown keys and keys in another letter case leave the defaults alone.
-    EXPECT_EQ(fieldsOf(readFrom({{"module_label", "x"}, {"OTHER", "y"}})),
-              fieldsOf(KwFileFeatureModule()));
-}
+                     {"FINALOPERATION_PAGE", "0"}, {"FINALOPERATION_LAYER", "none"}, {"ORIGINAL_STYLE", "none"},
+                     {"ORIGINAL_STYLEMD5", "0"}, {"DEVICE_DPI", "none"}, {"SOFT_DPI", "none"},
+                     {"FILE_PARSE_TYPE", "0"}, {"MORVA_ETMD", "none"}, {"APP_VERSION", "0"}, {"FILE_ID", "none"},
+                     {"FILE_RECOGN_TYPE", "0"}, {"FILE_RECOGN_LANGUAGE", "none"}}));
+    // Keys in another letter case are unknown keys: the defaults stay.
+    KwFileFeatureModule fresh, original, other = readFrom({{"module_label", "x"}, {"OTHER", "y"}});
+    EXPECT_EQ(fieldsOf(other), fieldsOf(fresh));
 
-TEST(FileFeature, ProduceThenReadRestoresEveryField) {
-    KwFileFeatureModule original;
-    fieldsOf(original) = std::make_tuple("label", "note", "A5X", 12ul, "LAYER2", "grid", "d41d8",
-                                         "226 x 226", "300", 3ul, "etmd", ULONG_MAX, "F1", 1ul, "en");
-    Items items = produced(original);
-    EXPECT_EQ(items[11], (ModuleItem{"APP_VERSION", "18446744073709551615"}));
-    EXPECT_EQ(fieldsOf(readFrom(items)), fieldsOf(original));
-}
-
-// "APP_VERTION" is an alias on reading only; the two spellings overwrite each other.
-TEST(FileFeature, VersionAliasIsReadButNeverProduced) {
-    EXPECT_EQ(produced(readFrom({{"APP_VERTION", "12"}}))[11], (ModuleItem{"APP_VERSION", "12"}));
+    fieldsOf(original) = std::make_tuple("label", "note", "A5X", 12ul, "LAYER2", "grid", "d41d8", "226 x 226",
+                                         "300", 3ul, "etmd", ULONG_MAX, "F1", 1ul, "en");
+    KwFileFeatureModule back = readFrom(produced(original));
+    EXPECT_EQ(fieldsOf(back), fieldsOf(original));
+    EXPECT_EQ(produced(original)[11], Items::value_type("APP_VERSION", "18446744073709551615"));
+    // "APP_VERTION" is an alias on reading only; the two spellings overwrite each other.
+    EXPECT_EQ(produced(readFrom({{"APP_VERTION", "12"}}))[11], Items::value_type("APP_VERSION", "12"));
     EXPECT_EQ(readFrom({{"APP_VERTION", "1"}, {"APP_VERSION", "2"}}).appVersion, 2u);
     EXPECT_EQ(readFrom({{"APP_VERSION", "2"}, {"APP_VERTION", "1"}}).appVersion, 1u);
 }
@@ -74,21 +58,18 @@ TEST(FileFeature, VersionAliasIsReadButNeverProduced) {
 // name of two words keeps only the first, and the second is read by the next conversion.
 TEST(FileFeature, ConversionsShareOneStream) {
     EXPECT_EQ(readFrom({{"FINALOPERATION_LAYER", "LAYER1 LAYER2"}, {"FINALOPERATION_LAYER", "LAYER3"}})
-                  .finalOperationLayer,
-              "LAYER2LAYER3");
+                  .finalOperationLayer, "LAYER2LAYER3");
     KwFileFeatureModule twoWords;
     twoWords.finalOperationLayer = "LAYER1 extra";
     twoWords.finalOperationPage = twoWords.fileParseType = twoWords.appVersion = 5;
     KwFileFeatureModule copy = readFrom(produced(twoWords));
-    EXPECT_EQ(std::tie(copy.finalOperationPage, copy.finalOperationLayer, copy.fileParseType,
-                       copy.appVersion),
+    EXPECT_EQ(std::tie(copy.finalOperationPage, copy.finalOperationLayer, copy.fileParseType, copy.appVersion),
               std::make_tuple(5ul, std::string("LAYER1"), 0ul, 0ul));
-
-    // Left-over white space is skipped, nothing left to read keeps the field, and text
-    // fields are copied whole.
-    KwFileFeatureModule kept = readFrom({{"FILE_PARSE_TYPE", "4 "}, {"APP_VERSION", "6"},
-                                         {"FILE_PARSE_TYPE", ""}, {"FINALOPERATION_LAYER", " "},
-                                         {"DEVICE_DPI", " 1 2 "}});
+    // Left-over white space is skipped, nothing left keeps the field, text fields are whole.
+    KwFileFeatureModule kept = readFrom({{"FILE_PARSE_TYPE", "4 "}, {"APP_VERSION", "6"}, {"FILE_PARSE_TYPE", ""},
+                                         {"FINALOPERATION_LAYER", " "}, {"DEVICE_DPI", " 1 2 "}});
     EXPECT_EQ(std::tie(kept.fileParseType, kept.appVersion, kept.finalOperationLayer, kept.deviceDpi),
               std::make_tuple(4ul, 6ul, std::string("none"), std::string(" 1 2 ")));
 }
+
+}  // namespace

@@ -1,230 +1,330 @@
-// Finding pages and layers through the index, and the one-call loaders a host uses for
+// Reading a note file: binding a reader, the index through the footer and the page count,
+// page and layer modules filled from their blocks, and the one-call loaders a host uses for
 // pictures and strokes, end to end on notes made by the writer.
 
-#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
-#include <map>
 #include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "capture.h"
+#include "config.h"
 #include "kwdataload.h"
+#include "kwdatafile.h"
+#include "kwdataoperationfile.h"
 #include "kwfileload.h"
 #include "notefiles.h"
 
-using notetest::captureStdout;
+using notetest::Logged;
+using notetest::logged;
 using notewriter::kPictureSize;
+using notewriter::NoteFile;
+using Pixels = std::vector<uint8_t>;
 
 namespace {
 
-struct Loaded {
-    int result;
-    std::string log;
-    std::vector<uint8_t> pixels;
-};
+const std::string kNoFile = std::to_string(ENOENT) + ",errmsg:" + std::strerror(ENOENT);
 
-Loaded loadLayer(const std::string& path, int page, const std::string& layer) {
-    Loaded r{-1, "", std::vector<uint8_t>(kPictureSize, 0xFF)};
-    r.log = captureStdout([&] {
-        r.result = KwDataLoad().fetchNoteDataFromFileByLayer(path, page, layer, reinterpret_cast<char*>(r.pixels.data()));
-    });
-    return r;
+TEST(FileBinding, IndexAndPageCount) {
+    notetest::ScratchDir dir;
+    KwFileProcess file;
+    EXPECT_EQ(logged([&] { return file.init_fileload(""); }), Logged(0, "init_fileload error."));
+    EXPECT_EQ(logged([&] { return file.init_datafile(""); }), Logged(0, "ERROR path is null"));
+    EXPECT_EQ(logged([&] { return file.init_datafile(dir.path("none")); }),
+              Logged(0, "ERROR file is note exists.errno:" + kNoFile));
+    KwFileIndexModule index;
+    EXPECT_EQ(logged([&] { return KwFileLoad().fetchIndex(index); }),
+              Logged(1, "open file failed-----errno:" + kNoFile));
+
+    // fetchIndex gives a code and leaves the index alone on failure; the page count is -1 then.
+    auto twoPages = [](const std::string& tag, const std::string& marker) {
+        NoteFile note(tag);
+        return note.finish(note.block({{"PAGE1", "100"}, {"PAGE2", "200"}, {"STYLE_x", "300"}}), marker);
+    };
+    NoteFile empty;
+    const struct { std::string bytes; int code; std::string log; } rows[] = {
+        {twoPages(notewriter::kTag, "tail"), 0, ""},
+        {twoPages("KW_FILE_VER_20190001", "tAil"), 0, ""},  // another tag: the marker is not looked at
+        {twoPages(notewriter::kTag, "tAil"), 3, "file trail str error"},
+        {empty.finish(empty.size() + 100), 17, "nSite is errorreadModuleItemFromFile error."},
+        {"NOTEKW_FILE", 17, "read file tail failed-----errno:"},  // shorter than the tag
+    };
+    for (const auto& row : rows) {
+        const std::string path = dir.write("a.note", row.bytes);
+        ASSERT_TRUE(file.init_datafile(path));
+        index.vecModuleIndex = {{"OLD", 1}};
+        const Logged r = logged([&] { return file.fetchIndex(index); });
+        EXPECT_EQ(Logged(r.first, r.second.substr(0, row.log.size())), Logged(row.code, row.log));
+        EXPECT_EQ(index.vecModuleIndex.size(), row.code == 0 ? 3u : 1u);
+        EXPECT_EQ(logged([&] { return KwDataOperationFile().fetchTotalPageNumOfNote(path); }),
+                  row.code == 0 ? Logged(2, "Num:2") : Logged(-1, r.second + "fetchIndex error."));
+    }
+    EXPECT_EQ(logged([&] { return KwDataOperationFile().fetchTotalPageNumOfNote(""); }),
+              Logged(-1, "ERROR path is nullinit_datafile failed"));
+}
+
+PageFeatureReadFlag flagsFrom(int first, int last) {
+    PageFeatureReadFlag flags;
+    for (int i = first; i <= last; ++i) reinterpret_cast<bool*>(&flags)[i] = true;  // flag i is byte i
+    return flags;
+}
+
+Logged fillPage(KwPageFeatureModule& page, const notewriter::Items& items, const std::string& path, int lastFlag,
+                int firstFlag = 0) {
+    std::vector<ModuleItem> list = notetest::itemsOf(items);
+    PageFeatureReadFlag flags = flagsFrom(firstFlag, lastFlag);
+    return logged([&] { return page.setInfoOfPageFeature(list, path, flags); });
+}
+
+TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
+    KwPageFeatureModule page;
+    const std::string ten = "1,2,3,4,5,6,7,8,9,10";
+    // Flags 0-7 select the style, the five layers and the stroke block's site: its head and
+    // records are not read, so the missing file is never opened.
+    EXPECT_EQ(fillPage(page, {{"PAGESTYLE", "style 1"}, {"LAYERSEQ", " A B"}, {"MAINLAYER", "12abc"}, {"LAYER1", "abc"},
+                              {"LAYER3", "99999999999"}, {"BGLAYER", "3"}, {"BGLAYER", "4"}, {"TOTALPATH", "40"}},
+                       "/nonexistent", 7),
+              Logged(0, ""));
+    EXPECT_EQ(std::make_tuple(page.pageStyle, page.layerSeq, page.mainLayerSite, page.layer1Site, page.layer3Site,
+                              page.bgLayerSite, page.totalPathSite),
+              std::make_tuple("style 1", "nolayer", 12, 0, INT_MAX, 4, 40));
+    EXPECT_EQ(fillPage(page, {{"LAYERSEQ", " A B"}, {"FIVESTAR", ten}, {"FIVESTAR", ten + ",11,12"},
+                              {"FIVESTAR", ten + ",-11 x"}}, "", 20).first, 0);
+    ASSERT_EQ(std::make_pair(page.layerSeq, page.fiveStars.size()), std::make_pair(std::string("A"), 1ul));
+    EXPECT_EQ(page.fiveStars[0].values[10], -11);
+    EXPECT_EQ(fillPage(page, {{"TOTALPATH", "0"}}, "/nonexistent", 9), Logged(0, ""));
+    EXPECT_EQ(fillPage(page, {{"TOTALPATH", "40"}}, "/nonexistent", 9),
+              Logged(1, "open file failed-----errno:" + kNoFile));
+
+    // Records decode in order and replace earlier strokes; the head alone empties the list.
+    notetest::ScratchDir dir;
+    const std::string one = notewriter::strokeRecord(notetest::sampleStroke(1));
+    const std::string two = notewriter::strokeRecord(notetest::sampleStroke(2));
+    NoteFile note, many, bad;
+    const std::string site = std::to_string(note.strokeBlock({one, two})), path = dir.write("a.note", note.finish(0));
+    page.trails.resize(3);
+    EXPECT_EQ(fillPage(page, {{"TOTALPATH", site}}, path, 9, 7), Logged(0, ""));
+    EXPECT_EQ(std::make_tuple(page.trailCount, page.totalPathLength, page.trails.size()),
+              std::make_tuple(2ul, 16 + one.size() + two.size(), 2ul));
+    EXPECT_TRUE(notetest::sameStroke(page.trails[1], notetest::sampleStroke(2)));
+    EXPECT_EQ(fillPage(page, {{"TOTALPATH", site}}, path, 8, 7), Logged(0, ""));
+    EXPECT_EQ(std::make_pair(page.trailCount, page.trails.size()), std::make_pair(2ul, 0ul));
+
+    // Broken blocks fail the page, and the items after a failure are not taken.
+    const uint64_t manySite = many.strokeBlock({one}, 1000000);
+    const uint64_t badSite = bad.strokeBlock({notewriter::Bytes().zeros(188).i32(1).zeros(16).i32(1).str()});
+    const struct { std::string bytes; uint64_t site; std::string log; } rows[] = {
+        {many.finish(0).substr(0, many.size()), manySite, "read trail len error-----errno:"},
+        {bad.finish(0), badSite, "disableAreaListdata2Trail error."},  // a record too short for its area
+        {bad.finish(0), badSite + 1000, "totalpath site error."},
+    };
+    for (const auto& row : rows) {
+        const Logged r = fillPage(page, {{"TOTALPATH", std::to_string(row.site)}, {"PAGEID", "later"}},
+                                  dir.write("b.note", row.bytes), 20);
+        EXPECT_EQ(Logged(r.first, r.second.substr(0, row.log.size())), Logged(17, row.log));
+        EXPECT_EQ(page.pageId, "none");
+    }
+}
+
+// The layer's picture expanded over a transparent buffer.
+Pixels expand(KwLayerFeatureModule& layer) {
+    Pixels pixels(kPictureSize, 0xFF);
+    unsigned long length = 0;
+    EXPECT_EQ(logged([&] { return layer.fetchCompressedData(reinterpret_cast<char*>(pixels.data()), length); }).first, 0);
+    return pixels;
+}
+
+TEST(LayerModule, BitmapItemsAndSites) {
+    notetest::ScratchDir dir;
+    Pixels picture = notetest::samplePicture(2);
+    NoteFile note;
+    const uint64_t site = note.picture(picture);
+    const std::string bytes = note.finish(0), size = std::to_string(bytes.size()), at = std::to_string(site);
+    KwLayerFeatureModule layer, bare;
+    auto fill = [&](KwLayerFeatureModule& module, const notewriter::Items& items, const std::string& path) {
+        std::vector<ModuleItem> list = notetest::itemsOf(items);
+        return logged([&] { return module.setInfoOfLayerFeature(list, path); });
+    };
+    EXPECT_EQ(fill(layer, {{"LAYERNAME", "MAIN LAYER"}, {"LAYERPATH", " 12x"}, {"LAYERBITMAP", at},
+                           {"LAYERRECOGN", "-1"}}, dir.write("a.note", bytes)), Logged(0, ""));
+    EXPECT_EQ(std::make_tuple(layer.layerType, layer.layerPathSite, layer.layerRecognSite, layer.m_lenCompressData),
+              std::make_tuple("none", 12ul, ~0ul, notewriter::encodePicture(picture).size()));
+    EXPECT_EQ(expand(layer), picture);
+    KwLayerFeatureModule copy(layer);  // owns its own bitmap
+    copy.m_compressData[0] = 0x61;
+    EXPECT_TRUE(expand(copy) != picture && expand(layer) == picture);
+    EXPECT_EQ(logged([&] { return layer.setCompressedData(reinterpret_cast<char*>(picture.data()), kPictureSize - 1); }),
+              Logged(7, "compress data size is not 1872*1404"));
+    EXPECT_EQ(expand(layer), picture);  // the old bitmap is kept
+
+    // Bitmaps outside the file. The length field is not counted, so a bitmap that overruns
+    // by those 4 bytes passes the size check and fails at the read.
+    const std::string last3 = std::to_string(bytes.size() - 3), over = std::to_string(bytes.size() - site + 1);
+    EXPECT_EQ(fill(layer, {{"LAYERBITMAP", last3}}, dir.path("a.note")),
+              Logged(17, "compress data m_siteCompressData error.fileSize:" + size + "m_siteCompressData:" + last3));
+    NoteFile longer = note;
+    longer.patch32(site, uint32_t(bytes.size() - site + 1));
+    EXPECT_EQ(fill(layer, {{"LAYERBITMAP", at}, {"LAYERNAME", "later"}}, dir.write("b.note", longer.finish(0))),
+              Logged(17, "compress data m_siteCompressData error. fileSize:" + size + " m_lenCompressData:" + over +
+                             " m_siteCompressData:" + at));
+    EXPECT_EQ(layer.layerName, "MAIN LAYER");  // the items after the failure are not taken
+    longer.patch32(site, uint32_t(bytes.size() - site));
+    EXPECT_EQ(fill(layer, {{"LAYERBITMAP", at}}, dir.write("b.note", longer.finish(0))).second.substr(0, 41),
+              "compress data read file failed-----errno:");
+
+    // Without a bitmap the file is not opened and the pixels are not touched.
+    EXPECT_EQ(fill(bare, {{"LAYERBITMAP", "0"}}, "/nonexistent"), Logged(0, ""));
+    EXPECT_EQ(expand(bare), Pixels(kPictureSize, 0xFF));
+    bare.changeDataSiteForPageFeature(1, 2, 3, 4);
+    bare.changeDataSiteForPageFeature(0, 0, 0, 0);  // zeros change nothing
+    bare.layerName = " MAINLAYER";
+    std::vector<ModuleItem> items{{"OLD", "1"}};
+    bare.produceVecMIForLayerFeature(items);
+    EXPECT_EQ(notetest::pairsOf(items), (notewriter::Items{{"LAYERTYPE", "none"}, {"LAYERPROTOCOL", "none"},
+                                                           {"LAYERNAME", "MAINLAYER"}, {"LAYERPATH", "2"},
+                                                           {"LAYERBITMAP", "1"}, {"LAYERVECTORGRAPH", "3"},
+                                                           {"LAYERRECOGN", "4"}}));
+    // What the name leaves after its first word is read ahead of the first number.
+    bare.layerName = "A B";
+    bare.layerBitmapSite = ~0ul;
+    bare.produceVecMIForLayerFeature(items);
+    EXPECT_EQ(std::make_tuple(items[2].value, items[3].value, items[4].value),
+              std::make_tuple("A", "B2", "18446744073709551615"));
 }
 
 // Two pages numbered from 3: the first with pictures on three layers, a LAYER3 module
-// without a bitmap, no BGLAYER and three strokes; the second with a main layer only and
-// no strokes.
+// without a bitmap, no BGLAYER and three strokes; the second with a main layer only.
 class Loading : public ::testing::Test {
 protected:
     void SetUp() override {
-        notewriter::Page first;
+        notewriter::Page first, second;
         for (int i = 0; i < 3; ++i)
             first.layers.push_back({i == 0 ? "MAINLAYER" : "LAYER" + std::to_string(i), notetest::samplePicture(i), {}});
         first.layers.push_back({"LAYER3", {}, {}});
         first.strokes = {notetest::sampleStroke(1), notetest::sampleStroke(2), notetest::sampleStroke(3)};
-        notewriter::Page second;
         second.layers.push_back({"MAINLAYER", notetest::samplePicture(4), {}});
         note.pages = {first, second};
         note.firstPageNumber = 3;
         path = dir.write("sample.note", notewriter::buildNote(note, &sites));
         pathLines = path.substr(0, path.rfind('/')) + "\nsample.note\n";
-        file.init_fileload(path);
+    }
+    std::pair<Logged, Pixels> load(int page, const std::string& layer, const std::string& file = "") {
+        Pixels pixels(kPictureSize, 0xFF);
+        const Logged r = logged([&] {
+            return KwDataLoad().fetchNoteDataFromFileByLayer(file.empty() ? path : file, page, layer,
+                                                             reinterpret_cast<char*>(pixels.data()));
+        });
+        return {r, pixels};
     }
     notetest::ScratchDir dir;
     notewriter::Note note;
     notewriter::NoteSites sites;
     std::string path, pathLines;
-    KwFileLoad file;
 };
 
-}  // namespace
-
 TEST_F(Loading, PagesAndLayersAreFoundByNumberAndExactName) {
-    PageFeatureReadFlag layerFlags;
-    layerFlags.mainLayer = layerFlags.layer1 = layerFlags.bgLayer = true;
+    KwFileLoad file;
     KwPageFeatureModule page;
-    int result = -1;
-    EXPECT_EQ(captureStdout([&] { result = file.fetchPageFeature(page, 3, layerFlags); }), "");
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(page.layer2Site, 0);  // not selected
-    EXPECT_EQ(captureStdout([&] { result = file.fetchPageFeature(page, 0, layerFlags); }), "page moudle not exist:0");
-    EXPECT_EQ(result, 6);
-    EXPECT_EQ(captureStdout([&] { result = KwFileLoad().fetchPageFeature(page, 3, layerFlags); }),
-              "open file failed-----errno:" + std::to_string(ENOENT) + ",errmsg:" + std::strerror(ENOENT) +
-                  "fetchIndex error.");
-    EXPECT_EQ(result, 14);
-
-    KwLayerFeatureModule layer;
-    EXPECT_EQ(captureStdout([&] { result = file.fetchLayerFeature(layer, page, "LAYER1"); }),
-              "fetchLayerFeature\nfetchLayerFeature  ok\n");
-    EXPECT_EQ(result, 0);
+    PageFeatureReadFlag layerFlags = flagsFrom(2, 6);
+    EXPECT_EQ(logged([&] { return file.fetchPageFeature(page, 3, layerFlags); }),
+              Logged(14, "open file failed-----errno:" + kNoFile + "fetchIndex error."));
+    file.init_fileload(path);
+    EXPECT_EQ(logged([&] { return file.fetchPageFeature(page, 0, layerFlags); }), Logged(6, "page moudle not exist:0"));
+    EXPECT_EQ(logged([&] { return file.fetchPageFeature(page, 3, layerFlags); }), Logged(0, ""));
+    KwLayerFeatureModule layer, absent;
+    EXPECT_EQ(logged([&] { return file.fetchLayerFeature(layer, page, "LAYER1"); }),
+              Logged(0, "fetchLayerFeature\nfetchLayerFeature  ok\n"));
     EXPECT_EQ(layer.layerBitmapSite, sites.pages[0].pictures["LAYER1"]);
-    EXPECT_EQ(captureStdout([&] { result = file.fetchLayerFeature(layer, page, "mainlayer"); }),
-              "fetchLayerFeature\nUnknown Layer Name.Please check para sLayer first. sLayer:mainlayer");
-    EXPECT_EQ(result, 17);
-    KwLayerFeatureModule absent;
-    EXPECT_EQ(captureStdout([&] { result = file.fetchLayerFeature(absent, page, "BGLAYER"); }), "fetchLayerFeature\n");
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(absent.layerName, "none");
-}
+    EXPECT_EQ(logged([&] { return file.fetchLayerFeature(absent, page, "BGLAYER"); }), Logged(0, "fetchLayerFeature\n"));
+    EXPECT_EQ(std::make_pair(absent.layerName, absent.layerBitmapSite), std::make_pair(std::string("none"), 0ul));
 
-// The layer module's own 17 is not passed on.
-TEST_F(Loading, LayerWhoseBitmapLiesPastTheFileGives34) {
-    notewriter::NoteFile broken;
-    KwPageFeatureModule page;
-    page.mainLayerSite = static_cast<int>(broken.block({{"LAYERBITMAP", "100000"}}));
+    // A bitmap past the file: the layer module's own 17 is replaced.
+    NoteFile broken;
+    page.mainLayerSite = int(broken.block({{"LAYERBITMAP", "100000"}}));
     file.init_fileload(dir.write("broken.note", broken.finish(0)));
-    KwLayerFeatureModule layer;
-    int result = -1;
-    const std::string log = captureStdout([&] { result = file.fetchLayerFeature(layer, page, "MAINLAYER"); });
-    EXPECT_EQ(result, 34);
-    EXPECT_EQ(log.rfind("fetchLayerFeature\ncompress data m_siteCompressData error.", 0), 0u) << log;
-    EXPECT_EQ(log.substr(log.size() - 27), "setInfoOfLayerFeature error");
+    const Logged r = logged([&] { return file.fetchLayerFeature(layer, page, "MAINLAYER"); });
+    EXPECT_EQ(Logged(r.first, r.second.substr(0, 18) + r.second.substr(r.second.size() - 27)),
+              Logged(34, "fetchLayerFeature\nsetInfoOfLayerFeature error"));
 }
 
-TEST_F(Loading, EveryLayerDecodesToItsPicture) {
-    for (std::size_t p = 0; p < note.pages.size(); ++p) {
-        for (const notewriter::Layer& layer : note.pages[p].layers) {
-            const Loaded r = loadLayer(path, note.firstPageNumber + static_cast<int>(p), layer.name);
-            EXPECT_EQ(r.result, 0) << layer.name;
-            EXPECT_TRUE(r.pixels == (layer.pixels.empty() ? std::vector<uint8_t>(kPictureSize, 0xFF) : layer.pixels))
-                << "page " << p << " " << layer.name;
-        }
-    }
-    EXPECT_EQ(loadLayer(path, 3, "MAINLAYER").log,
-              pathLines + "fetchLayerFeature\nfetchLayerFeature  ok\nfetchCompressedData\n"
-                          "fetchCompressedData memset\nfetchNoteDataFromFileByLayer\n");
-    EXPECT_EQ(loadLayer(path, 3, "LAYER3").log,
-              pathLines + "fetchLayerFeature\nfetchLayerFeature  ok\nelse\nfetchNoteDataFromFileByLayer\n");
-}
-
-TEST_F(Loading, PictureFailuresHaveTheirCodes) {
-    const struct {
-        int page;
-        const char* layer;
-        int result;
-        std::string log;
-    } cases[] = {
-        {3, "BGLAYER", 27, pathLines + "bglayer have no data."},
-        {3, "layer1", 27,
-         pathLines + "fetchLayerFeature\nUnknown Layer Name.Please check para sLayer first. sLayer:layer1"
-                     "fetchLayerFeature error."},
-        {9, "MAINLAYER", 26, pathLines + "page moudle not exist:0fetchPageFeature error."},
+TEST_F(Loading, PicturesAndTheirFailures) {
+    for (std::size_t p = 0; p < note.pages.size(); ++p)
+        for (const notewriter::Layer& layer : note.pages[p].layers)
+            EXPECT_TRUE(load(3 + int(p), layer.name).second == (layer.pixels.empty() ? Pixels(kPictureSize, 0xFF)
+                                                                                    : layer.pixels)) << layer.name;
+    const std::string found = pathLines + "fetchLayerFeature\nfetchLayerFeature  ok\n";
+    const struct { int page; std::string layer; Logged expected; } rows[] = {
+        {3, "MAINLAYER", {0, found + "fetchCompressedData\nfetchCompressedData memset\nfetchNoteDataFromFileByLayer\n"}},
+        {3, "LAYER3", {0, found + "else\nfetchNoteDataFromFileByLayer\n"}},
+        {3, "BGLAYER", {27, pathLines + "bglayer have no data."}},
+        {3, "layer1", {27, pathLines + "fetchLayerFeature\nUnknown Layer Name.Please check para sLayer first. "
+                                       "sLayer:layer1fetchLayerFeature error."}},
+        {9, "MAINLAYER", {26, pathLines + "page moudle not exist:0fetchPageFeature error."}},
     };
-    for (const auto& c : cases) {
-        const Loaded r = loadLayer(path, c.page, c.layer);
-        EXPECT_EQ(r.result, c.result) << c.layer;
-        EXPECT_EQ(r.log, c.log);
-    }
-    const Loaded r = loadLayer("missing.note", 3, "MAINLAYER");
-    EXPECT_EQ(r.result, 2);
-    EXPECT_EQ(r.log, "missing.note\nmissing.note\nfile not exist.");
+    for (const auto& row : rows) EXPECT_EQ(load(row.page, row.layer).first, row.expected);
+    EXPECT_EQ(load(3, "MAINLAYER", "missing.note").first, Logged(2, "missing.note\nmissing.note\nfile not exist."));
     std::unique_ptr<uint32_t[]> colours;
-    captureStdout([&] { colours.reset(KwDataLoad().loadImageData("missing.note", 3, "MAINLAYER")); });
+    notetest::captureStdout([&] { colours.reset(KwDataLoad().loadImageData("missing.note", 3, "MAINLAYER")); });
     EXPECT_EQ(colours, nullptr);
-}
 
-// White is given as transparent on purpose; a layer without a bitmap is all transparent.
-TEST_F(Loading, ColoursFollowTheColourTable) {
-    std::unique_ptr<uint32_t[]> colours;
-    captureStdout([&] { colours.reset(KwDataLoad().loadImageData(path, 3, "MAINLAYER")); });
-    ASSERT_NE(colours, nullptr);
-    const std::vector<uint8_t>& pixels = note.pages[0].layers[0].pixels;
-    const std::map<uint8_t, uint32_t> expected = {{0x00, 0xFF010101u}, {0x01, 0xFF010101u}, {0x30, 0xFF9D9D9Du},
-                                                  {0x31, 0xFF9D9D9Du}, {0x50, 0xFFC9C9C9u}, {0x51, 0xFFC9C9C9u},
-                                                  {0xFE, 0u},          {0xFF, 0u}};
-    for (const auto& value : expected)
-        ASSERT_NE(std::find(pixels.begin(), pixels.end(), value.first), pixels.end()) << int(value.first);
-    std::vector<uint32_t> want(kPictureSize);
-    std::transform(pixels.begin(), pixels.end(), want.begin(), [&](uint8_t p) { return expected.at(p); });
-    EXPECT_TRUE(std::equal(want.begin(), want.end(), colours.get()));
-
-    captureStdout([&] { colours.reset(KwDataLoad().loadImageData(path, 3, "LAYER3")); });
-    ASSERT_NE(colours, nullptr);
-    EXPECT_EQ(std::count(colours.get(), colours.get() + kPictureSize, 0u), static_cast<long>(kPictureSize));
+    // Colours follow the table, but white is given as transparent; no bitmap is all transparent.
+    for (const char* name : {"MAINLAYER", "LAYER3"}) {
+        notetest::captureStdout([&] { colours.reset(KwDataLoad().loadImageData(path, 3, name)); });
+        ASSERT_NE(colours, nullptr);
+        const Pixels& pixels = note.pages[0].layers[name[0] == 'M' ? 0 : 3].pixels;
+        std::size_t wrong = 0;
+        for (std::size_t i = 0; i < kPictureSize; ++i) {
+            const uint8_t p = pixels.empty() ? 0xFF : pixels[i];
+            wrong += colours[i] != (p == 0xFE ? 0u : uint32_t(NOTE_COLOR_CONVERT_INDEX[p]));
+        }
+        EXPECT_EQ(wrong, 0u) << name;
+    }
 }
 
 TEST_F(Loading, StrokesReplaceTheCallersListOnlyOnSuccess) {
     KwDataLoad loader;
     std::vector<TrailContainer> trails(1);
-    int result = -1;
-    EXPECT_EQ(captureStdout([&] { result = loader.fetchNotePathFromFile(trails, path, 3); }), "");
-    EXPECT_EQ(result, 0);
+    EXPECT_EQ(logged([&] { return loader.fetchNotePathFromFile(trails, path, 3); }), Logged(0, ""));
     ASSERT_EQ(trails.size(), 3u);
-    for (std::size_t i = 0; i < trails.size(); ++i)
-        EXPECT_TRUE(notetest::sameStroke(trails[i], note.pages[0].strokes[i])) << i;
+    for (std::size_t i = 0; i < trails.size(); ++i) EXPECT_TRUE(notetest::sameStroke(trails[i], note.pages[0].strokes[i]));
 
-    // The first stroke's length claims 4 GiB.
     std::string bytes = notewriter::buildNote(note);
-    bytes.replace(sites.pages[0].totalPath + 8, 4, std::string(4, '\xFF'));
-    const std::string broken = dir.write("broken.note", bytes);
-    const std::string log = captureStdout([&] { result = loader.fetchNotePathFromFile(trails, broken, 3); });
-    EXPECT_EQ(result, 26);
-    EXPECT_EQ(log.rfind("read trail data error-----errno:", 0), 0u) << log;
-    EXPECT_EQ(log.substr(log.size() - 49), "setInfoOfPageFeature errorfetchPageFeature error.");
-    EXPECT_EQ(trails.size(), 3u);
-
+    bytes.replace(sites.pages[0].totalPath + 8, 4, std::string(4, '\xFF'));  // the first stroke claims 4 GiB
+    const Logged r = logged([&] { return loader.fetchNotePathFromFile(trails, dir.write("broken.note", bytes), 3); });
+    EXPECT_EQ(r.first, 26);
+    EXPECT_EQ(r.second.substr(0, 32) + r.second.substr(r.second.size() - 49),
+              "read trail data error-----errno:setInfoOfPageFeature errorfetchPageFeature error.");
     const std::string missing = dir.path("missing.note");
-    EXPECT_EQ(captureStdout([&] { result = loader.fetchNotePathFromFile(trails, missing, 3); }),
-              "--file not exist.  " + missing);
-    EXPECT_EQ(result, 2);
+    EXPECT_EQ(logged([&] { return loader.fetchNotePathFromFile(trails, missing, 3); }),
+              Logged(2, "--file not exist.  " + missing));
     EXPECT_EQ(trails.size(), 3u);
-
-    captureStdout([&] { result = loader.fetchNotePathFromFile(trails, path, 4); });
-    EXPECT_EQ(result, 0);
+    EXPECT_EQ(logged([&] { return loader.fetchNotePathFromFile(trails, path, 4); }).first, 0);
     EXPECT_TRUE(trails.empty());
 }
 
 // Separate objects on separate threads share nothing but the file.
 TEST_F(Loading, ParallelReadersAgree) {
-    struct Result {
-        std::vector<uint32_t> colours;
-        std::vector<TrailContainer> trails;
-    };
-    auto readAll = [&](Result& out) {
+    // What one reader sees: the colours of a layer, then the records of the page's strokes.
+    auto readAll = [&](std::string& out) {
         KwDataLoad loader;
         std::unique_ptr<uint32_t[]> colours(loader.loadImageData(path, 3, "LAYER2"));
-        if (colours) out.colours.assign(colours.get(), colours.get() + kPictureSize);
-        loader.fetchNotePathFromFile(out.trails, path, 3);
+        std::vector<TrailContainer> trails;
+        loader.fetchNotePathFromFile(trails, path, 3);
+        if (colours) out.assign(reinterpret_cast<const char*>(colours.get()), 4 * kPictureSize);
+        for (const TrailContainer& t : trails) out += notewriter::strokeRecord(t);
     };
-    Result reference;
-    std::vector<Result> results(8);
-    captureStdout([&] {
+    std::string reference;
+    std::vector<std::string> results(8);
+    notetest::captureStdout([&] {
         readAll(reference);
         std::vector<std::thread> threads;
-        for (Result& r : results) threads.emplace_back(readAll, std::ref(r));
+        for (std::string& r : results) threads.emplace_back(readAll, std::ref(r));
         for (std::thread& t : threads) t.join();
     });
-    ASSERT_EQ(reference.colours.size(), kPictureSize);
-    ASSERT_EQ(reference.trails.size(), 3u);
-    for (const Result& r : results) {
-        EXPECT_TRUE(r.colours == reference.colours);
-        ASSERT_EQ(r.trails.size(), 3u);
-        for (std::size_t i = 0; i < 3; ++i) EXPECT_TRUE(notetest::sameStroke(r.trails[i], reference.trails[i]));
-    }
+    ASSERT_GT(reference.size(), 4 * kPictureSize);
+    for (const std::string& r : results) EXPECT_TRUE(r == reference);
 }
+
+}  // namespace

@@ -3,22 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "capture.h"
 #include "config.h"
+#include "notefiles.h"
 
 namespace {
 
 using Pixels = std::vector<std::pair<int, int>>;
-
-Pixels pixelsOf(const std::vector<MorvaPoint>& points) {
-    Pixels out;
-    for (const MorvaPoint& p : points) out.emplace_back(p.x, p.y);
-    return out;
-}
 
 TrailContainer stroke(int axis, int maxX, int maxY, const std::vector<MorvaPoint>& points) {
     TrailContainer t;
@@ -29,109 +19,54 @@ TrailContainer stroke(int axis, int maxX, int maxY, const std::vector<MorvaPoint
     return t;
 }
 
-struct Mapped {
-    int result;
+// The result and log of one mapping into `before`, and the pixels it left there.
+std::pair<notetest::Logged, Pixels> map(const TrailContainer& t, int width, int height, int toLastIndex,
+                                        std::vector<MorvaPoint> out = {}) {
+    const notetest::Logged r =
+        notetest::logged([&] { return mappingTrailPoints2imageSize(t, width, height, out, toLastIndex); });
     Pixels pixels;
-    std::string log;
-};
-
-Mapped map(const TrailContainer& t, int width, int height, int toLastIndex,
-           std::vector<MorvaPoint> out = {}) {
-    Mapped m{-99, {}, ""};
-    m.log = notetest::captureStdout(
-        [&] { m.result = mappingTrailPoints2imageSize(t, width, height, out, toLastIndex); });
-    m.pixels = pixelsOf(out);
-    return m;
+    for (const MorvaPoint& p : out) pixels.emplace_back(p.x, p.y);
+    return {r, pixels};
 }
 
-TEST(MappingTrailPoints2imageSize, MapsTheCornersAndAQuarterPointInEveryOrientation) {
-    // Ranges of powers of two keep every factor exact, so the expected pixels are exact too;
-    // maxX differs from maxY so that a swapped divisor shows. The quarter point lands on
-    // fractions with toLastIndex (1403 / 4 = 350.75), which truncate.
+TEST(MappingTrailPoints2imageSize, EveryOrientationTruncatedAndUnclamped) {
+    // Ranges of powers of two keep every factor exact; maxX differs from maxY so that a
+    // swapped divisor shows. With toLastIndex the quarter point lands on 350.75 and truncates.
     const std::vector<MorvaPoint> points{{0, 0}, {2048, 1024}, {512, 256}};
-    struct Case {
-        int axis;
-        int toLastIndex;
-        Pixels expected;
+    const struct { int axis, toLastIndex; Pixels expected; } rows[] = {
+        {0, 0, {{0, 0}, {1404, 1872}, {351, 468}}},    {0, 1, {{0, 0}, {1403, 1871}, {350, 467}}},
+        {1, 0, {{1404, 0}, {0, 1872}, {1053, 468}}},   {1, 1, {{1403, 0}, {0, 1871}, {1052, 467}}},
+        {2, 0, {{1404, 1872}, {0, 0}, {1053, 1404}}},  {2, 1, {{1403, 1871}, {0, 0}, {1052, 1403}}},
+        {3, 0, {{0, 1872}, {1404, 0}, {351, 1404}}},   {3, 1, {{0, 1871}, {1403, 0}, {350, 1403}}},
     };
-    const Case cases[] = {
-        {0, 0, {{0, 0}, {1404, 1872}, {351, 468}}},
-        {0, 1, {{0, 0}, {1403, 1871}, {350, 467}}},
-        {1, 0, {{1404, 0}, {0, 1872}, {1053, 468}}},
-        {1, 1, {{1403, 0}, {0, 1871}, {1052, 467}}},
-        {2, 0, {{1404, 1872}, {0, 0}, {1053, 1404}}},
-        {2, 1, {{1403, 1871}, {0, 0}, {1052, 1403}}},
-        {3, 0, {{0, 1872}, {1404, 0}, {351, 1404}}},
-        {3, 1, {{0, 1871}, {1403, 0}, {350, 1403}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE("axis " + std::to_string(c.axis) + " toLastIndex " + std::to_string(c.toLastIndex));
-        Mapped m = map(stroke(c.axis, 2048, 1024, points), 1404, 1872, c.toLastIndex);
-        EXPECT_EQ(m.result, 0);
-        EXPECT_EQ(m.log, "");
-        EXPECT_EQ(m.pixels, c.expected);
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(map(stroke(row.axis, 2048, 1024, points), 1404, 1872, row.toLastIndex),
+                  std::make_pair(notetest::Logged(0, ""), row.expected))
+            << row.axis << " " << row.toLastIndex;
+    EXPECT_EQ(map(stroke(1, 100, 100, {{0, 0}, {100, 100}}), 1404, 1872, 0).second, (Pixels{{1404, 0}, {0, 1872}}));
+    // 10.9 gives 10 and -0.5 gives 0; points outside the range are not clamped.
+    EXPECT_EQ(map(stroke(0, 10, 10, {{1, 0}}), 109, 109, 0).second, (Pixels{{10, 0}}));
+    EXPECT_EQ(map(stroke(0, 2, 2, {{-1, -1}}), 1, 1, 0).second, (Pixels{{0, 0}}));
+    EXPECT_EQ(map(stroke(0, 1024, 1024, {{2048, -1024}}), 1404, 1872, 0).second, (Pixels{{2808, -1872}}));
+    EXPECT_EQ(map(stroke(1, 100, 100, {}), 1404, 1872, 0, {{5, 5}}), std::make_pair(notetest::Logged(0, ""), Pixels{}));
 }
 
-TEST(MappingTrailPoints2imageSize, MapsTheDeviceRangeOfTheUsualOrientation) {
-    const TrailContainer t = stroke(1, 100, 100, {{0, 0}, {100, 100}});
-    EXPECT_EQ(map(t, 1404, 1872, 0).pixels, (Pixels{{1404, 0}, {0, 1872}}));
-    EXPECT_EQ(map(t, 1404, 1872, 1).pixels, (Pixels{{1403, 0}, {0, 1871}}));
-}
-
-TEST(MappingTrailPoints2imageSize, TruncatesTowardZeroAndDoesNotClamp) {
-    // Factor 10.9: one unit maps to 10.9, and -1 unit under a factor 0.5 maps to -0.5.
-    EXPECT_EQ(map(stroke(0, 10, 10, {{1, 0}}), 109, 109, 0).pixels, (Pixels{{10, 0}}));
-    EXPECT_EQ(map(stroke(0, 2, 2, {{-1, -1}}), 1, 1, 0).pixels, (Pixels{{0, 0}}));
-    EXPECT_EQ(map(stroke(0, 1024, 1024, {{2048, -1024}}), 1404, 1872, 0).pixels,
-              (Pixels{{2808, -1872}}));
-}
-
-TEST(MappingTrailPoints2imageSize, EmptyStrokeEmptiesTheOutput) {
-    Mapped m = map(stroke(1, 100, 100, {}), 1404, 1872, 0, {{5, 5}, {6, 6}});
-    EXPECT_EQ(m.result, 0);
-    EXPECT_EQ(m.log, "");
-    EXPECT_TRUE(m.pixels.empty());
-}
-
-TEST(MappingTrailPoints2imageSize, EarlyErrorsLeaveTheOutputUntouched) {
-    const std::vector<MorvaPoint> before{{5, 5}, {6, 6}, {7, 7}, {8, 8}};
-    const TrailContainer good = stroke(1, 100, 100, {{1, 1}});
-    struct Case {
-        TrailContainer trail;
-        int width;
-        int height;
-        const char* log;
-    };
+TEST(MappingTrailPoints2imageSize, ErrorsAndWhatTheyLeaveInTheOutput) {
+    const std::vector<MorvaPoint> before{{5, 5}, {6, 6}};
+    const Pixels untouched{{5, 5}, {6, 6}};
     const std::string noImage = "cimage==NULL || cimage->p==NULL";
     const std::string noRange = "error ,   trailContainer.maxX==0 || trailContainer.maxY==0";
-    const Case cases[] = {
-        {good, 0, 1872, noImage.c_str()},
-        {good, 1404, -1, noImage.c_str()},
-        {stroke(1, 0, 100, {{1, 1}}), 1404, 1872, noRange.c_str()},
-        {stroke(1, 100, 0, {{1, 1}}), 1404, 1872, noRange.c_str()},
+    const struct { TrailContainer trail; int width, height; std::string log; Pixels left; } rows[] = {
+        {stroke(1, 100, 100, {{1, 1}}), 0, 1872, noImage, untouched},
+        {stroke(1, 100, 100, {{1, 1}}), 1404, -1, noImage, untouched},
+        {stroke(1, 0, 100, {{1, 1}}), 1404, 1872, noRange, untouched},
+        {stroke(1, 100, 0, {{1, 1}}), 1404, 1872, noRange, untouched},
+        // An unknown orientation resizes the output but writes nothing into it.
+        {stroke(4, 100, 100, {{1, 1}}), 1404, 1872, "bad coordinateOrigin", {{5, 5}}},
+        {stroke(-1, 100, 100, {{1, 1}, {2, 2}, {3, 3}}), 1404, 1872, "bad coordinateOrigin", {{5, 5}, {6, 6}, {0, 0}}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.log);
-        Mapped m = map(c.trail, c.width, c.height, 0, before);
-        EXPECT_EQ(m.result, 0);
-        EXPECT_EQ(m.log, c.log);
-        EXPECT_EQ(m.pixels, pixelsOf(before));
-    }
-}
-
-TEST(MappingTrailPoints2imageSize, BadOrientationResizesButDoesNotRewrite) {
-    for (int axis : {4, -1}) {
-        SCOPED_TRACE(axis);
-        const TrailContainer t = stroke(axis, 100, 100, {{1, 1}, {2, 2}, {3, 3}});
-        Mapped shrunk = map(t, 1404, 1872, 0, {{5, 5}, {6, 6}, {7, 7}, {8, 8}});
-        EXPECT_EQ(shrunk.result, 0);
-        EXPECT_EQ(shrunk.log, "bad coordinateOrigin");
-        EXPECT_EQ(shrunk.pixels, (Pixels{{5, 5}, {6, 6}, {7, 7}}));
-
-        Mapped grown = map(t, 1404, 1872, 0, {{5, 5}});
-        EXPECT_EQ(grown.pixels, (Pixels{{5, 5}, {0, 0}, {0, 0}}));
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(map(row.trail, row.width, row.height, 0, before), std::make_pair(notetest::Logged(0, row.log), row.left));
 }
 
 }  // namespace

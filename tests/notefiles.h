@@ -1,16 +1,19 @@
 #ifndef LIBNOTE_TESTS_NOTEFILES_H
 #define LIBNOTE_TESTS_NOTEFILES_H
 
-// What the reader tests share: a scratch directory for the note files they write, and
-// sample strokes and pictures.
+// What the tests share: a scratch directory for the note files they write, sample strokes
+// and pictures, metadata items, and a call's result together with its log.
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "capture.h"
+#include "config.h"
 #include "notewriter.h"
 #include "trailContainer.h"
 
@@ -62,8 +65,7 @@ inline TrailContainer sampleStroke(int seed) {
     return t;
 }
 
-// Two strokes are the same when they make the same record: the record carries every field
-// that the file stores.
+// Two strokes are the same when they make the same record, which carries every stored field.
 inline bool sameStroke(const TrailContainer& a, const TrailContainer& b) {
     return notewriter::strokeRecord(a) == notewriter::strokeRecord(b);
 }
@@ -78,6 +80,26 @@ inline std::vector<uint8_t> samplePicture(int seed) {
             pixels[static_cast<std::size_t>(row) * notewriter::kPictureWidth + x] = value;
     }
     return pixels;
+}
+
+inline std::vector<ModuleItem> itemsOf(const notewriter::Items& pairs) {
+    std::vector<ModuleItem> items;
+    for (const auto& [key, value] : pairs) items.push_back({key, value});
+    return items;
+}
+inline notewriter::Items pairsOf(const std::vector<ModuleItem>& items) {
+    notewriter::Items pairs;
+    for (const ModuleItem& item : items) pairs.emplace_back(item.key, item.value);
+    return pairs;
+}
+
+// The result of f (as an int: codes, flags, counts) and what it printed.
+using Logged = std::pair<int, std::string>;
+template <class F>
+Logged logged(F&& f) {
+    int result = -99;
+    std::string log = captureStdout([&] { result = static_cast<int>(f()); });
+    return {result, log};
 }
 
 }  // namespace notetest
