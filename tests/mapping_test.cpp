@@ -12,10 +12,7 @@ using Pixels = std::vector<std::pair<int, int>>;
 
 TrailContainer stroke(int axis, int maxX, int maxY, const std::vector<MorvaPoint>& points) {
     TrailContainer t;
-    t.m_emrPointAxis = axis;
-    t.maxX = maxX;
-    t.maxY = maxY;
-    t.m_points = points;
+    std::tie(t.m_emrPointAxis, t.maxX, t.maxY, t.m_points) = std::tie(axis, maxX, maxY, points);
     return t;
 }
 
@@ -43,10 +40,9 @@ TEST(MappingTrailPoints2imageSize, EveryOrientationTruncatedAndUnclamped) {
         EXPECT_EQ(map(stroke(row.axis, 2048, 1024, points), 1404, 1872, row.toLastIndex),
                   std::make_pair(notetest::Logged(0, ""), row.expected))
             << row.axis << " " << row.toLastIndex;
-    EXPECT_EQ(map(stroke(1, 100, 100, {{0, 0}, {100, 100}}), 1404, 1872, 0).second, (Pixels{{1404, 0}, {0, 1872}}));
-    // 10.9 gives 10 and -0.5 gives 0; points outside the range are not clamped.
-    EXPECT_EQ(map(stroke(0, 10, 10, {{1, 0}}), 109, 109, 0).second, (Pixels{{10, 0}}));
-    EXPECT_EQ(map(stroke(0, 2, 2, {{-1, -1}}), 1, 1, 0).second, (Pixels{{0, 0}}));
+    // 10.9 gives 10 and -0.5 gives 0 (truncated, not rounded down); points outside the
+    // range are not clamped.
+    EXPECT_EQ(map(stroke(0, 10, 2, {{1, -1}}), 109, 1, 0).second, (Pixels{{10, 0}}));
     EXPECT_EQ(map(stroke(0, 1024, 1024, {{2048, -1024}}), 1404, 1872, 0).second, (Pixels{{2808, -1872}}));
     EXPECT_EQ(map(stroke(1, 100, 100, {}), 1404, 1872, 0, {{5, 5}}), std::make_pair(notetest::Logged(0, ""), Pixels{}));
 }
@@ -57,13 +53,11 @@ TEST(MappingTrailPoints2imageSize, ErrorsAndWhatTheyLeaveInTheOutput) {
     const std::string noImage = "cimage==NULL || cimage->p==NULL";
     const std::string noRange = "error ,   trailContainer.maxX==0 || trailContainer.maxY==0";
     const struct { TrailContainer trail; int width, height; std::string log; Pixels left; } rows[] = {
-        {stroke(1, 100, 100, {{1, 1}}), 0, 1872, noImage, untouched},
-        {stroke(1, 100, 100, {{1, 1}}), 1404, -1, noImage, untouched},
+        {stroke(1, 100, 100, {{1, 1}}), 1404, 0, noImage, untouched},
         {stroke(1, 0, 100, {{1, 1}}), 1404, 1872, noRange, untouched},
         {stroke(1, 100, 0, {{1, 1}}), 1404, 1872, noRange, untouched},
         // An unknown orientation resizes the output but writes nothing into it.
-        {stroke(4, 100, 100, {{1, 1}}), 1404, 1872, "bad coordinateOrigin", {{5, 5}}},
-        {stroke(-1, 100, 100, {{1, 1}, {2, 2}, {3, 3}}), 1404, 1872, "bad coordinateOrigin", {{5, 5}, {6, 6}, {0, 0}}},
+        {stroke(4, 100, 100, {{1, 1}, {2, 2}, {3, 3}}), 1404, 1872, "bad coordinateOrigin", {{5, 5}, {6, 6}, {0, 0}}},
     };
     for (const auto& row : rows)
         EXPECT_EQ(map(row.trail, row.width, row.height, 0, before), std::make_pair(notetest::Logged(0, row.log), row.left));

@@ -15,14 +15,9 @@ using notewriter::Items;
 
 namespace {
 
-// Error numbers of failed reads at the end of a file vary; the texts around them do not.
-std::string withoutErrno(std::string log) {
-    const std::size_t at = log.find("errno:");
-    return at == std::string::npos ? log : log.replace(at + 6, log.find_first_not_of("0123456789", at + 6) - at - 6, "N");
-}
-
 TEST(ReadModuleItemFromFile, ItemsFramingAndFailures) {
-    const std::string failedRead = "content read file failed-----errno:N,errmsg:";
+    // Error numbers of failed reads at the end of a file vary; the texts before them do not.
+    const std::string failedRead = "content read file failed-----errno:";
     const struct {
         std::string text;
         uint32_t extraLength;  // added to the length field
@@ -35,10 +30,7 @@ TEST(ReadModuleItemFromFile, ItemsFramingAndFailures) {
          // a key is dropped whatever it is, and the text ends at its first zero byte
          {{"A", "1"}, {"B", "2"}, {"A", "3"}, {"E", "5"}, {"", "V"}, {"<G", "7"}, {"<H", "8"}}, ""},
         {"<A:><A><A:1:2>", 0, 0, {}, "readModuleItemFromFile failed.\n"},
-        {std::string("\0<A:1>", 6), 0, 0, {}, "readModuleItemFromFile failed.\n"},
-        {"", 0, 0, {}, failedRead},
         {"<A:1>", 0, 3, {}, "nSite is error"},
-        {"<A:1>", 0, 4, {}, failedRead},  // the footer's zero site read as an empty length
         // The length field is not counted in the size check: 4 bytes of overrun fail at the read.
         {"<A:1>", 8 + 4, 0, {}, failedRead},
         {"<A:1>", 8 + 5, 0, {}, "content size is bigger than file size"},
@@ -53,11 +45,9 @@ TEST(ReadModuleItemFromFile, ItemsFramingAndFailures) {
         FILE* fp = std::fopen(dir.write("a.note", bytes).c_str(), "rb");
         std::vector<ModuleItem> items{{"stale", "item"}};
         const Logged r = logged([&] { return readModuleItemFromFile(fp, items, site); });
-        EXPECT_EQ(Logged(r.first, withoutErrno(r.second)), Logged(!row.items.empty(), row.log));
-        Items got;
-        for (const ModuleItem& item : items) got.emplace_back(item.key, item.value);
-        EXPECT_EQ(got, row.items);
-        EXPECT_EQ(fp == nullptr, row.items.empty());
+        EXPECT_EQ(notetest::headOf(r, row.log.size()), Logged(!row.items.empty(), row.log));
+        EXPECT_EQ(notetest::pairsOf(items), row.items);
+        EXPECT_EQ(fp == nullptr, row.items.empty());  // a failure closes the stream
         if (fp) {
             EXPECT_EQ(std::ftell(fp), long(site + 4 + row.text.size()));  // ready for the next block
             std::fclose(fp);
@@ -69,8 +59,6 @@ TEST(ReadModuleItemFromFile, StreamFailures) {
     FILE* fp = nullptr;
     std::vector<ModuleItem> items{{"K", "V"}};
     EXPECT_EQ(logged([&] { return readModuleItemFromFile(fp, items, 0); }), Logged(0, "ERROR para fp is null"));
-    EXPECT_EQ(items.size(), 1u);
-
     int fds[2];
     ASSERT_EQ(::pipe(fds), 0);
     ::close(fds[1]);
@@ -88,30 +76,19 @@ TEST(ReadModuleItemFromFile, StreamFailures) {
 }
 
 TEST(StringHelpers, SplitStartsWithEndsWith) {
-    using Pieces = std::vector<std::string>;
-    EXPECT_EQ(split("a>>b>", ">"), (Pieces{"a", "b"}));
-    EXPECT_EQ(split(">>a:b>c", ":>"), (Pieces{"a", "b", "c"}));
-    EXPECT_EQ(split("", ">"), Pieces{});
-    EXPECT_EQ(split("a>b", ""), Pieces{});
-    EXPECT_TRUE(myStartsWith("PAGE12", "PAGE"));
-    EXPECT_FALSE(myStartsWith("XPAGE", "PAGE") || myStartsWith("PAG", "PAGE") || myStartsWith("", "PAGE") ||
-                 myStartsWith("PAGE12", ""));
-    EXPECT_TRUE(myEndsWith("abc", "bc") && myEndsWith("bcabc", "bc"));
+    EXPECT_EQ(split(">>a:b>c>", ":>"), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_TRUE(myStartsWith("PAGE12", "PAGE") && !myStartsWith("XPAGE", "PAGE") && !myStartsWith("PAGE12", ""));
+    EXPECT_TRUE(myEndsWith("bcabc", "bc"));
     // A suffix one character longer than the text: the not-found value and the wrapped
     // length difference are the same number, whatever the characters.
-    EXPECT_TRUE(myEndsWith("ab", "abc") && myEndsWith("xy", "abc"));
-    EXPECT_FALSE(myEndsWith("bcx", "bc") || myEndsWith("ab", "abcd") || myEndsWith("abc", "") ||
-                 myEndsWith("", "a"));
+    EXPECT_TRUE(myEndsWith("xy", "abc"));
+    EXPECT_FALSE(myEndsWith("bcx", "bc") || myEndsWith("ab", "abcd") || myEndsWith("abc", ""));
 }
 
 TEST(FlushFsyncFclose, ClosesWhenAskedOrWhenFlushFails) {
-    FILE* fp = nullptr;
-    EXPECT_EQ(logged([&] { return flushfsyncfclose(fp, true, true, true); }), Logged(1, ""));
-
-    notetest::ScratchDir dir;
-    fp = std::fopen(dir.write("a", "xy").c_str(), "rb");
+    FILE* fp = std::fopen("/dev/null", "w");
     EXPECT_EQ(logged([&] { return flushfsyncfclose(fp, true, true, false); }), Logged(1, ""));
-    EXPECT_EQ(std::fgetc(fp), 'x');  // still open
+    EXPECT_NE(fp, nullptr);  // still open
     EXPECT_EQ(logged([&] { return flushfsyncfclose(fp, false, true, true); }), Logged(1, ""));
     EXPECT_EQ(fp, nullptr);
 

@@ -102,6 +102,9 @@ Logged logged(F&& f) {
     return {result, log};
 }
 
+// The result with only the start of its log, for logs that go on with the system's error text.
+inline Logged headOf(const Logged& r, std::size_t length) { return {r.first, r.second.substr(0, length)}; }
+
 }  // namespace notetest
 
 #endif

@@ -1,12 +1,11 @@
-// The stroke record: its defaults, what data2Trail reads and where each of its checks fires,
-// that it never reads or allocates beyond the record, and what trail2data writes.
+// The stroke record: what data2Trail reads and where each of its checks fires, that it
+// never reads or allocates beyond the record, and what trail2data writes.
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -48,14 +47,10 @@ TrailContainer sampleTrail() {
     return t;
 }
 
-struct Decoded {
-    Logged r;
-    TrailContainer trail;
-};
+struct Decoded { Logged r; TrailContainer trail; };
 
 // The first `length` bytes of `bytes` are the record. In a buffer of exactly the record's
-// size (the default) a read past it is a heap overflow that the sanitizers report; in a
-// longer one the bytes beyond must still read as zero.
+// size (the default) a read past it is a heap overflow that the sanitizers report.
 Decoded decode(const std::string& bytes, int length = -1) {
     std::vector<char> buffer(bytes.begin(), bytes.end());
     Decoded out;
@@ -67,15 +62,6 @@ Decoded decode(const std::string& bytes, int length = -1) {
 std::string withWord(std::string record, std::size_t at, int32_t value) {
     std::memcpy(&record[at], &value, sizeof value);
     return record;
-}
-
-TEST(TrailContainer, Defaults) {
-    const TrailContainer t;
-    EXPECT_EQ(std::make_tuple(t.m_emrPointAxis, t.renderFlag, t.attrC, t.attrI, t.pageWidth, t.pageHeight, t.maxX,
-                              t.maxY, t.typeName, t.textA, t.textB),
-              std::make_tuple(1, 1, -1, -1, 1404, 1872, 0, 0, "others", "none", "none"));
-    EXPECT_TRUE(t.m_points.empty() && t.pressures.empty() && t.angles.empty() && t.flagDraw.empty() &&
-                t.PointContour.empty() && t.epaPoints.empty() && t.disableAreaList.empty() && t.m_controlNums.empty());
 }
 
 TEST(Data2Trail, DecodesWrittenRecords) {
@@ -98,20 +84,18 @@ TEST(Data2Trail, WhereEachCheckFires) {
     const Fill oneArea = [](TrailContainer& t) { t.disableAreaList = {FlagRect{}}; };
     const Fill contours = [](TrailContainer& t) { t.PointContour = {{}, {{1.5f, 2.5f}}}; };
     const Fill extra = [](TrailContainer& t) { t.extraControlNums = {77}; };
-    const Fill controls = [](TrailContainer& t) { t.m_controlNums = {6}; };
+    const Fill none = [](TrailContainer&) {};
     const struct { Fill fill; int length; Logged expected; } rows[] = {
         {oneArea, 235, {-1, "disableAreaList"}}, {oneArea, 236, {0, "renderFlag empty."}},
         {[](TrailContainer& t) { t.disableAreaList = {FlagRect{}, FlagRect{}}; }, 259, {-1, "disableAreaList"}},
+        // One list of each kind: sized up front, bytes, appended.
         {[](TrailContainer& t) { t.m_points = {{7, 8}}; }, 223, {-1, "m_points"}},
-        {[](TrailContainer& t) { t.pressures = {9}; }, 221, {-1, "pressures"}},
-        {[](TrailContainer& t) { t.angles = {{-1, 1}}; }, 227, {-1, "angles"}},
         {[](TrailContainer& t) { t.flagDraw = {true}; }, 228, {-1, "flagDraw"}},
         {[](TrailContainer& t) { t.epaPoints = {{3, 4}}; }, 239, {-1, "epaPoints"}},
-        {[](TrailContainer& t) { t.epaGrays = {5}; }, 239, {-1, "epaGrays"}},
-        {controls, 295, {-1, "m_controlNums"}}, {controls, 296, {0, "renderFlag empty."}},
-        {[](TrailContainer&) {}, 301, {0, "renderFlag empty."}}, {[](TrailContainer&) {}, 302, {0, ""}},
+        {[](TrailContainer& t) { t.m_controlNums = {6}; }, 295, {-1, "m_controlNums"}},
+        {none, 301, {0, "renderFlag empty."}}, {none, 302, {0, ""}},
         // Contours: the count at 302, an empty contour's count at 306, then 4 + 8 bytes.
-        {contours, 313, {-1, "PointContour"}}, {contours, 321, {-1, "PointContour"}}, {contours, 322, {0, ""}},
+        {contours, 321, {-1, "PointContour"}}, {contours, 322, {0, ""}},
         {extra, 334, {-1, "m_controlNums"}}, {extra, 335, {0, ""}},
     };
     for (const auto& row : rows) {
@@ -123,32 +107,27 @@ TEST(Data2Trail, WhereEachCheckFires) {
         EXPECT_EQ(d.trail.renderFlag, row.length > 301 ? 0 : 1) << row.length;  // 301 keeps the default
     }
 
-    // A tail field is read only with its guard's room left (not its own width).
+    // A tail field is read only with its guard's room left, which is not always its own width.
     TrailContainer t;
-    std::tie(t.attrI, t.ratioB, t.attrD, t.attrE, t.pageWidth, t.pageHeight, t.attrN, t.attrP) =
-        std::make_tuple(11, 2.5, 3, 44, 100, 200, 55, 6);
+    std::tie(t.attrD, t.attrE, t.pageWidth, t.pageHeight, t.attrP) = std::make_tuple(3, 44, 100, 200, 6);
     const std::string record = strokeRecord(t);
     const struct { int firstLength; bool (*read)(const TrailContainer&); } tail[] = {
-        {310 + 4, [](const TrailContainer& d) { return d.attrI == 11; }},
-        {314 + 8, [](const TrailContainer& d) { return d.ratioB == 2.5; }},
         {322 + 8, [](const TrailContainer& d) { return d.attrD == 3; }},
         {323 + 8, [](const TrailContainer& d) { return d.attrE == 44; }},
         {331 + 4, [](const TrailContainer& d) { return d.pageWidth == 100 && d.pageHeight == 0; }},
         {335 + 1, [](const TrailContainer& d) { return d.pageHeight == 200; }},  // no guard of its own
-        {339 + 4, [](const TrailContainer& d) { return d.attrN == 55; }},
         {343 + 4, [](const TrailContainer& d) { return d.attrP == 6; }},
     };
     for (const auto& row : tail) {
         const Decoded before = decode(record.substr(0, row.firstLength - 1)), at = decode(record, row.firstLength);
-        EXPECT_TRUE(!row.read(before.trail) && row.read(at.trail)) << row.firstLength;
-        EXPECT_EQ(std::make_pair(before.r, at.r), std::make_pair(Logged(0, ""), Logged(0, "")));
+        EXPECT_TRUE(!row.read(before.trail) && row.read(at.trail) && before.r == at.r && at.r == Logged(0, ""))
+            << row.firstLength;
     }
 }
 
 TEST(Data2Trail, NegativeAndHostileCounts) {
-    // Negative counts: the point lists ask for an impossible size, the others read nothing.
+    // Negative counts of the lists that are not sized up front read nothing.
     const std::string empty = strokeRecord(TrailContainer());
-    for (int at : {212, 216, 220}) EXPECT_THROW(decode(withWord(empty, at, -1)), std::length_error) << at;
     std::string negative = empty;
     for (int at : {208, 224, 228, 232, 288, 302, 327}) negative = withWord(negative, at, at == 232 ? INT_MIN : -1);
     EXPECT_TRUE(sameStroke(decode(negative).trail, TrailContainer()));
@@ -161,33 +140,20 @@ TEST(Data2Trail, NegativeAndHostileCounts) {
         {"PointContour", 306}, {"m_controlNums", 327}};
     for (int32_t count : {0x7FFFFFFF, 0x20000000}) {
         for (const auto& row : rows) {
-            const std::string bytes = withWord(row.at == 306 ? withWord(empty, 302, 1) : empty, row.at, count);
-            std::vector<char> record(bytes.begin(), bytes.end());
+            std::string bytes = withWord(row.at == 306 ? withWord(empty, 302, 1) : empty, row.at, count);
             TrailContainer trail;  // its own room is not counted
             const Logged r = notetest::logged([&] {
-                allocation::requested = 0;
-                allocation::refuseAbove = 1 << 20;
+                std::tie(allocation::requested, allocation::refuseAbove) = std::make_pair(0, 1 << 20);
                 int result = -99;
                 try {
-                    result = data2Trail(record.data(), int(record.size()), trail);
+                    result = data2Trail(&bytes[0], int(bytes.size()), trail);
                 } catch (...) {
                 }
                 allocation::refuseAbove = SIZE_MAX;
                 return result;
             });
-            EXPECT_EQ(r, Logged(-1, row.name)) << row.at;
-            EXPECT_LT(allocation::requested, 16u * 1024) << row.at;
+            EXPECT_TRUE(r == Logged(-1, row.name) && allocation::requested < 16u * 1024) << row.at;
         }
-    }
-}
-
-// The decoder cannot tell a buffer that ends with the record from one that goes on.
-TEST(Data2Trail, BytesBeyondTheRecordReadAsZero) {
-    const std::string record = strokeRecord(sampleTrail(), 1, true);
-    for (int length = 1; length < int(record.size()); ++length) {
-        const Decoded tight = decode(record.substr(0, length)), within = decode(record, length);
-        EXPECT_EQ(tight.r, within.r) << length;
-        EXPECT_TRUE(sameStroke(tight.trail, within.trail)) << length;
     }
 }
 
@@ -206,15 +172,6 @@ TEST(Trail2Data, WritesTheReadersLayoutWithoutTheSkippedCount) {
     // The skipped count is where the reader's records with other counts first differ.
     const std::size_t skipped = std::mismatch(read.begin(), read.end(), other.begin()).first - read.begin();
     EXPECT_EQ(written.substr(0, written.size() - 64), read.substr(0, skipped) + read.substr(skipped + 4));
-
-    TrailContainer t;
-    t.typeName = "ab";
-    t.subName = std::string(49, 's');  // the longest that fits with its terminator
-    const std::string head = encode(t);
-    EXPECT_EQ(head.substr(48, 52), "ab" + std::string(50, '\0'));  // padding and bytes 98-99 are zero
-    EXPECT_EQ(head.substr(136, 52), std::string(49, 's') + std::string(3, '\0'));
-    t.typeName = std::string(50, 't');
-    EXPECT_DEATH(encode(t), "");
 }
 
 TEST(Trail2Data, ReadingBackLosesRectAAndShiftsTheTail) {
