@@ -134,20 +134,27 @@ void blockSeeds(SeedFolder& folder, const std::vector<std::pair<std::string, std
     folder.add("block-overlong", overlong.finish(overlong.rawBlock("<A:1>", 9)));
 }
 
-void codecSeeds(SeedFolder& folder) {
-    const auto withMode = [](char mode, const std::string& bytes) { return std::string(1, mode) + bytes; };
+void strokeSeeds(SeedFolder& folder) {
     for (int seed = 0; seed < 4; ++seed) {
-        folder.add("stroke-" + std::to_string(seed), withMode(0, notewriter::strokeRecord(smallStroke(seed), seed % 2, seed > 1)));
+        folder.add("stroke-" + std::to_string(seed), notewriter::strokeRecord(smallStroke(seed), seed % 2, seed > 1));
         const TrailContainer t = smallStroke(seed);
         std::string encoded(trail2dataSize(t), '\0');
         trail2data(t, encoded.data());
-        folder.add("stroke-encoded-" + std::to_string(seed), withMode(0, encoded));
-        folder.add("picture-" + std::to_string(seed), withMode(1, notewriter::encodePicture(smallPicture(seed))));
+        folder.add("stroke-encoded-" + std::to_string(seed), encoded);
     }
-    folder.add("picture-partial", withMode(1, "\x61\x00\x62\xff\x65\x80\xe1\x7f"s));
-    folder.add("runs", withMode(2, "\x07\x10\x00\x05\x3e\xff\x11\x20\x26\x01\x7f\xff"s));
-    folder.add("runs-long", withMode(2, "\x3f\xff\x38\xff\x06\x00"s));
-    folder.add("bytes", withMode(3, "\xff\xff\x00\x00\x30\x12\xfe\xfe\xfe\xfe\xfe\xfe\xfe\xfe\x51"s));
+}
+
+void pictureSeeds(SeedFolder& folder) {
+    for (int seed = 0; seed < 4; ++seed)
+        folder.add("picture-" + std::to_string(seed), notewriter::encodePicture(smallPicture(seed)));
+    folder.add("picture-partial", "\x61\x00\x62\xff\x65\x80\xe1\x7f"s);
+}
+
+// Pairs of (value and scale, length), as the round-trip target builds its pictures.
+void runSeeds(SeedFolder& folder) {
+    folder.add("runs", "\x07\x10\x00\x05\x3e\xff\x11\x20\x26\x01\x7f\xff"s);
+    folder.add("runs-long", "\x3f\xff\x38\xff\x06\x00"s);
+    folder.add("bytes", "\xff\xff\x00\x00\x30\x12\xfe\xfe\xfe\xfe\xfe\xfe\xfe\xfe\x51"s);
 }
 
 }  // namespace
@@ -163,8 +170,12 @@ int main(int argc, char** argv) {
         blockSeeds(blocks, files);
         SeedFolder wholeFiles(argv[1], "note_file_fuzz");
         noteSeeds(wholeFiles, files);
-        SeedFolder codecs(argv[1], "codec_fuzz");
-        codecSeeds(codecs);
+        SeedFolder strokes(argv[1], "stroke_record_fuzz");
+        strokeSeeds(strokes);
+        SeedFolder pictures(argv[1], "rle_decode_fuzz");
+        pictureSeeds(pictures);
+        SeedFolder runs(argv[1], "rle_roundtrip_fuzz");
+        runSeeds(runs);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "make-seeds: %s\n", e.what());
         return 1;

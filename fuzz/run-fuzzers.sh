@@ -11,7 +11,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-for target in metadata_block_fuzz note_file_fuzz codec_fuzz; do
+for target in metadata_block_fuzz note_file_fuzz stroke_record_fuzz rle_decode_fuzz rle_roundtrip_fuzz; do
     mkdir -p "$scratch/$target/corpus" "$scratch/$target/findings"
     cp "$here/corpus/$target/"* "$scratch/$target/corpus/"
     echo "fuzzing $target for ${seconds}s"
