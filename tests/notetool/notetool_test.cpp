@@ -1,58 +1,27 @@
 // notetool run as a user runs it, on notes made by the note writer: exit codes, error
 // lines, output names, and pictures read back with libpng.
 
-#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <png.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "../notefiles.h"
+#include "run_tool.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using notetest::filesIn;
 using notetest::ScratchDir;
+using notetest::ToolRun;
 using notewriter::kPictureSize;
 using notewriter::kPictureWidth;
 
-struct Result {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string slurp(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-// Runs notetool with args; fileSizeLimit > 0 makes writes beyond that many bytes fail.
-Result notetool(const ScratchDir& dir, std::vector<std::string> args, rlim_t fileSizeLimit = 0) {
-    const std::string out = dir.path("stdout.txt");
-    const std::string err = dir.path("stderr.txt");
+// notetool with args; fileSizeLimit > 0 makes writes beyond that many bytes fail.
+ToolRun notetool(const ScratchDir& dir, std::vector<std::string> args, rlim_t fileSizeLimit = 0) {
     args.insert(args.begin(), NOTETOOL_PATH);
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
-        ::dup2(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        if (fileSizeLimit > 0) {
-            const rlimit limit{fileSizeLimit, fileSizeLimit};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        std::vector<char*> argv;
-        for (std::string& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), slurp(out), slurp(err)};
+    return notetest::runTool(dir.path(""), std::move(args), {fileSizeLimit, 0});
 }
 
 // The PNG as 8-bit RGBA, through libpng's own reader.
@@ -73,13 +42,6 @@ std::vector<uint8_t> filled(uint8_t value) { return std::vector<uint8_t>(kPictur
 void box(std::vector<uint8_t>& pixels, int x0, int y0, int x1, int y1, uint8_t value) {
     for (int y = y0; y < y1; ++y)
         for (int x = x0; x < x1; ++x) pixels[std::size_t(y) * kPictureWidth + x] = value;
-}
-
-std::vector<std::string> filesIn(const std::string& dir) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(dir)) names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 notewriter::Page pageWith(std::vector<notewriter::Layer> layers, const std::string& layerSeq = "") {
@@ -135,12 +97,12 @@ std::pair<int, int> pixel(const std::vector<uint8_t>& rgba, int x, int y) {
 TEST(NotetoolRender, PngShowsTheLayersStackedOnPaper) {
     ScratchDir dir;
     const std::string note = dir.write("stack.note", notewriter::buildNote(stackedNote("")));
-    Result r = notetool(dir, {"--log", dir.path("lib.log"), "render", note, "-o", dir.path("page.png")});
+    ToolRun r = notetool(dir, {"--log", dir.path("lib.log"), "render", note, "-o", dir.path("page.png")});
     ASSERT_EQ(r.code, 0) << r.err;
     // The library's log goes to its file, not into the tool's output.
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(r.err, "");
-    EXPECT_NE(slurp(dir.path("lib.log")).find("fetchNoteDataFromFileByLayer"), std::string::npos);
+    EXPECT_NE(notetest::readWholeFile(dir.path("lib.log")).find("fetchNoteDataFromFileByLayer"), std::string::npos);
     unsigned width = 0, height = 0;
     std::vector<uint8_t> rgba = readPng(dir.path("page.png"), width, height);
     ASSERT_EQ(width, 1404u);
@@ -186,7 +148,7 @@ TEST(NotetoolRender, PngShowsTheLayersStackedOnPaper) {
 TEST(NotetoolRender, PagesAreChosenByIndexNumberAndNamedByIt) {
     ScratchDir dir;
     const std::string note = dir.write("diary.note", notewriter::buildNote(notePages(12)));
-    Result r = notetool(dir, {"render", note, "-o", dir.path("out"), "--pages", "1,3-4,10,3"});
+    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("out"), "--pages", "1,3-4,10,3"});
     ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(filesIn(dir.path("out")),
               (std::vector<std::string>{"diary-p01.png", "diary-p03.png", "diary-p04.png", "diary-p10.png"}));
@@ -211,7 +173,7 @@ TEST(NotetoolRender, ABrokenLayerIsOneErrorLineAndLeavesNoFile) {
     bytes.replace(sites.pages[1].pictures.at("MAINLAYER"), 4, std::string("\xF0\xFF\xFF\x0F", 4));
     const std::string path = dir.write("torn.note", bytes);
 
-    Result r = notetool(dir, {"render", path, "-o", dir.path("png/")});
+    ToolRun r = notetool(dir, {"render", path, "-o", dir.path("png/")});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err, "notetool: " + path + ": page 2: layer MAINLAYER cannot be read (code 27)\n");
     EXPECT_EQ(filesIn(dir.path("png")), std::vector<std::string>{"torn-p1.png"});
@@ -229,7 +191,7 @@ TEST(NotetoolRender, AWriteThatFailsHalfWayLeavesNothingBehind) {
     const std::string note = dir.write("n.note", notewriter::buildNote(notePages(1)));
     fs::create_directory(dir.path("out"));
     // Writes past 1000 bytes fail, well inside the page's PNG.
-    Result r = notetool(dir, {"render", note, "-o", dir.path("out/page.png")}, 1000);
+    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("out/page.png")}, 1000);
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err.rfind("notetool: " + dir.path("out/page.png") + ": cannot write: ", 0), 0u) << r.err;
     EXPECT_TRUE(filesIn(dir.path("out")).empty());
@@ -243,7 +205,7 @@ TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
     dir.write("in/trip/bad.note", "not a note at all");
     dir.write("in/readme.txt", "not looked at");
 
-    Result r = notetool(dir, {"convert", dir.path("in"), "-o", dir.path("out"), "-j", "2"});
+    ToolRun r = notetool(dir, {"convert", dir.path("in"), "-o", dir.path("out"), "-j", "2"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": not a readable note: the index cannot be read (code 17)\n");
     EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
@@ -267,7 +229,7 @@ TEST(NotetoolStrokes, PointsAreMappedOntoTheImageWithTheirPressures) {
     note.pages[0].strokes = {stroke};
     const std::string path = dir.write("s.note", notewriter::buildNote(note));
 
-    Result r = notetool(dir, {"strokes", path, "--page", "1", "--size", "702x936"});
+    ToolRun r = notetool(dir, {"strokes", path, "--page", "1", "--size", "702x936"});
     ASSERT_EQ(r.code, 0) << r.err;
     const auto json = nlohmann::json::parse(r.out);
     EXPECT_EQ(json["strokes"][0]["points"], nlohmann::json::parse("[[0, 0], [701, 0], [0, 935]]"));
@@ -288,7 +250,7 @@ TEST(NotetoolInfo, JsonCarriesHeaderPagesAndStyles) {
     const std::string path = dir.write("i.note", notewriter::buildNote(note));
     const std::string bare = dir.write("bare.note", notewriter::buildNote(notePages(1)));
 
-    Result r = notetool(dir, {"info", "--json", path, bare});
+    ToolRun r = notetool(dir, {"info", "--json", path, bare});
     ASSERT_EQ(r.code, 0) << r.err;
     const auto json = nlohmann::json::parse(r.out)["notes"];
     EXPECT_EQ(json[0]["header"]["FILE_TYPE"], "NOTE");
@@ -306,7 +268,7 @@ TEST(NotetoolInfo, JsonCarriesHeaderPagesAndStyles) {
 
 TEST(NotetoolUsage, HelpDocumentsExitCodesAndMistakesExitWithTwo) {
     ScratchDir dir;
-    Result r = notetool(dir, {"--help"});
+    ToolRun r = notetool(dir, {"--help"});
     EXPECT_EQ(r.code, 0);
     EXPECT_NE(r.out.find("Exit codes: 0 all done; 1 some inputs failed"), std::string::npos);
     EXPECT_EQ(notetool(dir, {"render", "x.note"}).code, 2);  // no -o
