@@ -2,6 +2,7 @@
 #define LIBNOTE_KWPAGEFEATUREMODULE_H
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "config.h"
@@ -36,6 +37,9 @@ struct PageFeatureReadFlag {
     bool recognFileStatus = false;
     bool recognLanguage = false;
 };
+// Hosts may address the flags by position.
+static_assert(sizeof(PageFeatureReadFlag) == 21 && std::is_standard_layout<PageFeatureReadFlag>::value,
+              "PageFeatureReadFlag holds flag i in byte i");
 
 // What one page's metadata block says, and its strokes when asked for.
 class KwPageFeatureModule {
