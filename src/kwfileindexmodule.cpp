@@ -1,6 +1,7 @@
 #include "kwfileindexmodule.h"
 
 #include <algorithm>
+#include <climits>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -67,6 +68,46 @@ void copyEntries(const std::vector<ModuleKwIndexItem>& entries,
 
 KwFileIndexModule::KwFileIndexModule() = default;
 
+namespace {
+
+// The text stream that one call of setInfoOfModuleIndex shares between its values, reduced
+// to what the call does with it: text appended at the end and never emptied, and signed ints
+// taken from the front as a formatted stream extraction takes them in the "C" locale: white
+// space skipped (nothing stored when only white space is left), a sign, digits up to the
+// first non-digit (0 when there are none, the sign then being used up), the nearest limit
+// when out of range. A std::stringstream does the same at several times the cost, which was
+// most of counting the pages of a large note.
+class SharedIntStream {
+public:
+    void append(const std::string& text) { text_ += text; }
+
+    void extract(int& value) {
+        while (pos_ < text_.size() && isSpace(text_[pos_])) ++pos_;
+        if (pos_ == text_.size()) return;
+        const bool negative = text_[pos_] == '-';
+        if (negative || text_[pos_] == '+') ++pos_;
+        const unsigned long long limit = negative ? 2147483648ull : 2147483647ull;
+        unsigned long long magnitude = 0;
+        const std::size_t digits = pos_;
+        for (; pos_ < text_.size() && text_[pos_] >= '0' && text_[pos_] <= '9'; ++pos_)
+            if (magnitude <= limit) magnitude = magnitude * 10 + static_cast<unsigned>(text_[pos_] - '0');
+        if (pos_ == digits)
+            value = 0;
+        else if (magnitude > limit)
+            value = negative ? INT_MIN : INT_MAX;
+        else
+            value = static_cast<int>(negative ? -static_cast<long long>(magnitude) : static_cast<long long>(magnitude));
+    }
+
+private:
+    static bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+    std::string text_;
+    std::size_t pos_ = 0;
+};
+
+}  // namespace
+
 // One stream and one site variable serve the whole call: text that one value leaves unread
 // is read first by the next, and a value of only white space repeats the previous site.
 // This coupling is kept on purpose, so that hosts get the same sites from a malformed index
@@ -74,12 +115,11 @@ KwFileIndexModule::KwFileIndexModule() = default;
 void KwFileIndexModule::setInfoOfModuleIndex(std::vector<ModuleItem>& items) {
     vecModuleIndex.clear();
     vecModuleIndex.reserve(items.size());
-    std::stringstream stream;
+    SharedIntStream stream;
     int site = 0;
     for (const ModuleItem& item : items) {
-        stream.clear();
-        stream << item.value;
-        stream >> site;
+        stream.append(item.value);
+        stream.extract(site);
         vecModuleIndex.push_back({item.key, site});
     }
 }

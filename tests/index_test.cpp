@@ -1,6 +1,8 @@
 // The note index: reading it from items, its queries, editing its sites and producing it back.
 
 #include <climits>
+#include <random>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -35,6 +37,34 @@ TEST(IndexReading, ValuesShareOneStream) {
     KwFileIndexModule index = indexWith({{"OLD", 1}});
     index.setInfoOfModuleIndex(items);
     EXPECT_EQ(entriesOf(index), (Entries{{"A", 7}, {"B", 9}, {"C", 9}, {"D", 0}, {"E", 0}}));
+}
+
+// The same, against a real std::stringstream used as described, on random values made of
+// white space, signs, digits (some far out of range) and other characters.
+TEST(IndexReading, SitesAreThoseOfOneSharedStringStream) {
+    std::mt19937 random(7);
+    const std::string alphabet = " \t\n+-0123456789x.";
+    for (int round = 0; round < 2000; ++round) {
+        std::vector<ModuleItem> items;
+        for (int n = random() % 6; n >= 0; --n) {
+            std::string value;
+            for (int k = random() % (random() % 4 == 0 ? 24 : 5); k > 0; --k) value += alphabet[random() % alphabet.size()];
+            if (random() % 8 == 0) value += std::string(9 + random() % 16, static_cast<char>('1' + random() % 9));
+            items.push_back({"K" + std::to_string(n), value});
+        }
+        std::stringstream stream;
+        int site = 0;
+        Entries expected;
+        for (const ModuleItem& item : items) {
+            stream.clear();
+            stream << item.value;
+            stream >> site;
+            expected.emplace_back(item.key, site);
+        }
+        KwFileIndexModule index;
+        index.setInfoOfModuleIndex(items);
+        ASSERT_EQ(entriesOf(index), expected) << "round " << round;
+    }
 }
 
 TEST(IndexQueries, PageCountsNumbersAndLookups) {
