@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <png.h>
 
-#include "../notefiles.h"
+#include "notefiles.h"
 #include "run_tool.h"
 
 namespace {
