@@ -9,6 +9,10 @@
 
 namespace fuzzharness {
 
+namespace {
+
+// The library logs to standard output; thousands of runs a second must not pay for it.
+// Sends file descriptor 1 to /dev/null once; libFuzzer reports on standard error.
 void silenceLibraryLog() {
     std::fflush(stdout);
     const int null = open("/dev/null", O_WRONLY);
@@ -18,8 +22,6 @@ void silenceLibraryLog() {
     }
     close(null);
 }
-
-namespace {
 
 std::string notePath() {
     const char* dir = std::getenv("TMPDIR");
@@ -58,6 +60,11 @@ bool isDocumentedError(const std::exception_ptr& error) {
 }
 
 }  // namespace fuzzharness
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    fuzzharness::silenceLibraryLog();
+    return 0;
+}
 
 // AddressSanitizer keeps freed memory in quarantine (256 MB by default), which would count
 // towards the resident-size bound of each input, and pictures are 2.6 MB to 10.5 MB a call.

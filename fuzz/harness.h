@@ -1,8 +1,10 @@
 #ifndef LIBNOTE_FUZZ_HARNESS_H
 #define LIBNOTE_FUZZ_HARNESS_H
 
-// What the fuzz targets share: the library's log sent away, the input as a note file on disk,
-// and the line between the exceptions the library is documented to raise and real faults.
+// What the fuzz targets share: one initialiser for them all (harness.cpp), which sends the
+// library's log away, the input as a note file on disk, and the line between the exceptions
+// the library is documented to raise and real faults. A target defines only
+// LLVMFuzzerTestOneInput.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,10 +12,6 @@
 #include <string>
 
 namespace fuzzharness {
-
-// The library logs to standard output; thousands of runs a second must not pay for it.
-// Sends file descriptor 1 to /dev/null once; libFuzzer reports on standard error.
-void silenceLibraryLog();
 
 // A note file of this process (in $TMPDIR or /tmp) holding exactly the given bytes, so that
 // the library reads the input through its own path-based calls. Removed at exit.
@@ -36,6 +34,7 @@ void expectingDocumentedErrors(F&& call) {
 
 }  // namespace fuzzharness
 
+// Run once before the first input, by libFuzzer and by the replay.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);
 

@@ -24,11 +24,6 @@ unsigned long siteOf(const uint8_t* data, std::size_t size) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzzharness::silenceLibraryLog();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     FILE* fp = std::fopen(fuzzharness::writeNoteFile(data, size).c_str(), "rb");
     if (!fp) __builtin_trap();

@@ -79,11 +79,6 @@ void readThroughFacade(const std::string& path, const Choice& choice, char* pixe
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    fuzzharness::silenceLibraryLog();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const Choice choice = takeChoice(size, data);
     const std::string& path = fuzzharness::writeNoteFile(data, size);

@@ -1,17 +1,23 @@
 #!/bin/bash
 # Fuzzes each target for a bounded time from a scratch copy of its saved corpus, with the
 # bounds of one input that the replay tests keep to. Fails on the first finding and names
-# the input that caused it.
+# the input that caused it. The targets are those the build lists in fuzz-targets.txt
+# beside the programs (`cmake --build <dir> --target fuzzers` makes them all).
 #
 # Usage: fuzz/run-fuzzers.sh <folder of the fuzz programs> <seconds per target>
 set -euo pipefail
 bin=$1
 seconds=$2
 here=$(cd "$(dirname "$0")" && pwd)
+if [[ ! -f "$bin/fuzz-targets.txt" ]]; then
+    echo "run-fuzzers.sh: $bin/fuzz-targets.txt is missing: configure with -DLIBNOTE_BUILD_FUZZ=ON" >&2
+    exit 2
+fi
+mapfile -t targets < "$bin/fuzz-targets.txt"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-for target in metadata_block_fuzz note_file_fuzz stroke_record_fuzz rle_decode_fuzz rle_roundtrip_fuzz; do
+for target in "${targets[@]}"; do
     mkdir -p "$scratch/$target/corpus" "$scratch/$target/findings"
     cp "$here/corpus/$target/"* "$scratch/$target/corpus/"
     echo "fuzzing $target for ${seconds}s"
