@@ -7,8 +7,9 @@
 // library call, and points descriptor 1 at the log file or at /dev/null.
 
 #include <cstdio>
-#include <stdexcept>
 #include <string>
+
+#include "tool_error.h"
 
 namespace notetool {
 
@@ -16,12 +17,6 @@ namespace notetool {
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
-
-// A failure of one input or output, worded as the rest of the error line after "notetool: ",
-// e.g. "a.note: page 3: layer MAINLAYER cannot be read (code 27)".
-struct ToolError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 // Sends the library's log to logPath (appended) or, when it is empty, to nowhere. Throws
 // ToolError when the log file cannot be opened.

@@ -5,10 +5,10 @@
 #include <exception>
 
 #include "config.h"
-#include "console.h"
 #include "kwdatafile.h"
 #include "kwdataload.h"
 #include "palette.h"
+#include "tool_error.h"
 
 namespace notetool {
 

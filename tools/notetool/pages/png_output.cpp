@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "atomic_file.h"
-#include "console.h"
 #include "palette.h"
+#include "tool_error.h"
 
 namespace notetool {
 
