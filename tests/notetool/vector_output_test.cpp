@@ -57,6 +57,20 @@ Picture colours() {
     return p;
 }
 
+DrawingOptions drawing(double scale, bool transparent, bool raster) {
+    DrawingOptions options;
+    options.scale = scale;
+    options.transparent = transparent;
+    options.raster = raster;
+    return options;
+}
+
+void writeSvg(const std::string& path, const Picture& page, const DrawingOptions& options) {
+    const auto svg = openSvg(path, options);
+    svg->addPage(page.data());
+    svg->finish();
+}
+
 // Runs a command; returns its standard output and error, and its status through status.
 std::string run(const std::string& command, int* status = nullptr) {
     std::string out;
@@ -118,9 +132,9 @@ protected:
 
 TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
     const std::vector<Picture> pages = {linesAndBlobs(), colours()};
-    PdfDocument pdf(path("note.pdf"), VectorOptions{});
-    for (const Picture& page : pages) pdf.addPage(page.data());
-    pdf.finish();
+    const auto pdf = openPdf(path("note.pdf"), DrawingOptions{});
+    for (const Picture& page : pages) pdf->addPage(page.data());
+    pdf->finish();
     int status;
     std::string check = run("qpdf --check " + path("note.pdf"), &status);
     EXPECT_EQ(status, 0) << check;
@@ -144,10 +158,10 @@ TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
 
 TEST_F(VectorOutputTest, RasterPdfEmbedsThePictureLosslessly) {
     const Picture page = colours();
-    PdfDocument pdf(path("raster.pdf"), VectorOptions{2.0, false, true});
-    pdf.addPage(page.data());
-    pdf.addPage(page.data());
-    pdf.finish();
+    const auto pdf = openPdf(path("raster.pdf"), drawing(2.0, false, true));
+    pdf->addPage(page.data());
+    pdf->addPage(page.data());
+    pdf->finish();
     EXPECT_NE(run("pdfinfo " + path("raster.pdf")).find(" 2808 x 3744 pts"), std::string::npos);
 
     // The image poppler reads out of the file is the picture, and is not to be smoothed.
@@ -161,8 +175,8 @@ TEST_F(VectorOutputTest, RasterPdfEmbedsThePictureLosslessly) {
 
 TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
     const Picture page = colours();
-    writeSvgPage(path("traced.svg"), page.data(), VectorOptions{1.0, true, false});
-    writeSvgPage(path("raster.svg"), page.data(), VectorOptions{1.0, true, true});
+    writeSvg(path("traced.svg"), page, drawing(1.0, true, false));
+    writeSvg(path("raster.svg"), page, drawing(1.0, true, true));
     for (const char* name : {"traced", "raster"}) {
         int status;
         std::string lint = run("xmllint --noout " + path(name) + ".svg", &status);
@@ -179,11 +193,11 @@ TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
 TEST_F(VectorOutputTest, UnfinishedPdfLeavesNoFile) {
     const Picture page = colours();
     {
-        PdfDocument pdf(path("gone.pdf"), VectorOptions{});
-        pdf.addPage(page.data());
+        const auto pdf = openPdf(path("gone.pdf"), DrawingOptions{});
+        pdf->addPage(page.data());
     }
     EXPECT_TRUE(fs::is_empty(dir_));
-    EXPECT_THROW(PdfDocument(path("missing/folder.pdf"), VectorOptions{}), std::runtime_error);
+    EXPECT_THROW(openPdf(path("missing/folder.pdf"), DrawingOptions{}), std::runtime_error);
 }
 
 }  // namespace

@@ -1,63 +1,75 @@
 #ifndef NOTETOOL_COMMANDS_H
 #define NOTETOOL_COMMANDS_H
 
-// The subcommands. Each add...Command declares its options on the application and, when it
-// is the one chosen, leaves in `run` the function that does the work and returns the exit
-// code (console.h).
+// notetool's commands. Each command's options are a plain struct: add<Command>Options declares
+// the command on the application with its options bound to the struct's fields, and
+// run<Command> does the work from the struct alone and returns the exit code (console.h), so
+// that the work can be run, and tested, without the parser. A run function throws UsageError
+// for a mistake on the command line and ToolError for an input that cannot be read at all.
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "page_reader.h"
+#include "page_pipeline.h"
 
 namespace notetool {
 
-class Progress;
-
-using Runner = std::function<int()>;
-
-void addInfoCommand(CLI::App& app, Runner& run);
-void addRenderCommand(CLI::App& app, Runner& run);
-void addStrokesCommand(CLI::App& app, Runner& run);
-void addConvertCommand(CLI::App& app, Runner& run);
-
-// What render and convert share: how pages are drawn and written.
-struct RenderOptions {
-    std::string format = "png";  // png, pdf or svg
+// What render and convert share: the output format and how pages are drawn.
+struct DrawingArgs {
+    std::string format;  // an OutputFormat's name; empty for the command's default
+    int workers = defaultWorkers();
+    std::vector<std::string> layers;  // empty: all
+    bool noBackground = false;
     double scale = 1.0;
     bool transparent = false;
     bool raster = false;
-    LayerSelection layers;
 };
 
-// The options both render and convert take, bound to options.
-void addDrawingOptions(CLI::App& command, RenderOptions& options, std::vector<std::string>& layerList);
-// Checks the layer names and fills options.layers; throws UsageError.
-void takeLayerList(const std::vector<std::string>& layerList, RenderOptions& options);
+// Declares --format (described by formatHelp), -j and the drawing options.
+void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& formatHelp);
+// The drawing options the arguments ask for; throws UsageError for an unknown layer.
+DrawingOptions drawingOptions(const DrawingArgs& args);
+// The format the arguments name, else `fallback` when there is one, else the default format;
+// throws UsageError for an unknown name.
+const OutputFormat& chosenFormat(const DrawingArgs& args, const OutputFormat* fallback = nullptr);
+// "png, pdf or svg": names as help texts and messages list them.
+std::string nameList(const std::vector<std::string>& names);
 
-// One note's pages and where they go: a PDF goes to `file`; PNG and SVG pages go to `file`
-// when it is set (a single page), otherwise to `dir` as <note>-p<N>.<ext>.
-struct NoteJob {
+struct InfoArgs {
+    std::vector<std::string> notes;
+    bool json = false;
+};
+CLI::App* addInfoOptions(CLI::App& app, InfoArgs& args);
+int runInfo(const InfoArgs& args);
+
+struct RenderArgs {
     std::string note;
-    std::vector<int> pages;
-    int largestPage = 0;
-    std::string file;
-    std::string dir;
+    std::string out;
+    std::string pages;  // "1,3-5"; empty for all
+    DrawingArgs drawing;
 };
+CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args);
+int runRender(const RenderArgs& args);
 
-// Renders the job's pages on up to `workers` threads, reporting each failure as one error
-// line. Returns the number of pages that failed (for a PDF, all of them when any fails,
-// since no partial document is written).
-int renderNote(const NoteJob& job, const RenderOptions& options, int workers, Progress* progress);
+struct StrokesArgs {
+    std::string note;
+    int page = 0;
+    std::string size = "1404x1872";
+    std::string format;  // json or svg; empty for the default, json
+    std::string out;  // empty for standard output
+};
+CLI::App* addStrokesOptions(CLI::App& app, StrokesArgs& args);
+int runStrokes(const StrokesArgs& args);
 
-// The number of workers to use when none is given: one per core.
-int defaultWorkers();
-
-// Runs body(i) for i in [0, count) on up to `workers` threads.
-void parallelFor(int count, int workers, const std::function<void(int)>& body);
+struct ConvertArgs {
+    std::vector<std::string> inputs;
+    std::string out;
+    DrawingArgs drawing;
+};
+CLI::App* addConvertOptions(CLI::App& app, ConvertArgs& args);
+int runConvert(const ConvertArgs& args);
 
 }  // namespace notetool
 

@@ -7,6 +7,7 @@
 // library call, and points descriptor 1 at the log file or at /dev/null.
 
 #include <cstdio>
+#include <stdexcept>
 #include <string>
 
 #include "tool_error.h"
@@ -17,6 +18,11 @@ namespace notetool {
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+
+// A mistake on the command line (exit code 2), worded as the rest of the error line.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 // Sends the library's log to logPath (appended) or, when it is empty, to nowhere. Throws
 // ToolError when the log file cannot be opened.

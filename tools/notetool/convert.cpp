@@ -9,7 +9,6 @@
 #include "atomic_file.h"
 #include "commands.h"
 #include "console.h"
-#include "page_selection.h"
 
 namespace notetool {
 
@@ -58,16 +57,7 @@ std::string outputDir(const std::string& root, const std::string& relativeDir) {
 
 }  // namespace
 
-void addConvertCommand(CLI::App& app, Runner& run) {
-    struct Args {
-        std::vector<std::string> inputs;
-        std::string out;
-        std::string format = "png";
-        int workers = defaultWorkers();
-        std::vector<std::string> layers;
-        RenderOptions options;
-    };
-    auto args = std::make_shared<Args>();
+CLI::App* addConvertOptions(CLI::App& app, ConvertArgs& args) {
     CLI::App* command = app.add_subcommand("convert", "Convert every note in the given files and folders");
     command->footer(
         "Folders are searched recursively for *.note files and their structure is kept under DIR; files named on "
@@ -75,67 +65,65 @@ void addConvertCommand(CLI::App& app, Runner& run) {
         "DIR/<sub>/<note>-p<N>.png (or .svg). A note that cannot be read is reported and skipped; the others are "
         "converted, and the exit code is then 1. A progress bar is drawn on standard error when it is a terminal; "
         "a one-line summary is printed at the end.");
-    command->add_option("INPUT", args->inputs, "Note files and folders")->required();
-    command->add_option("-o,--output", args->out, "Output folder (DIR)")->required();
-    command->add_option("--format", args->format, "png, pdf or svg (default png)")->check(CLI::IsMember({"png", "pdf", "svg"}));
-    command->add_option("-j,--jobs", args->workers, "Number of workers (default: one per core)")->check(CLI::PositiveNumber);
-    addDrawingOptions(*command, args->options, args->layers);
-    command->callback([args, &run] {
-        run = [args]() -> int {
-            RenderOptions& options = args->options;
-            takeLayerList(args->layers, options);
-            options.format = args->format;
-            const auto start = std::chrono::steady_clock::now();
+    command->add_option("INPUT", args.inputs, "Note files and folders")->required();
+    command->add_option("-o,--output", args.out, "Output folder (DIR)")->required();
+    addDrawingOptions(*command, args.drawing, nameList(formatNames()) + " (default " + outputFormats().front().name + ")");
+    return command;
+}
 
-            int failedNotes = 0;
-            std::vector<NoteJob> jobs;
-            std::map<std::string, std::string> claimed;  // output stem -> the note that has it
-            int totalPages = 0;
-            for (const Found& found : findNotes(args->inputs, failedNotes)) {
-                NoteJob job;
-                job.note = found.note;
-                job.dir = outputDir(args->out, found.relativeDir);
-                const std::string stem = (fs::path(job.dir) / noteStem(job.note)).string();
-                try {
-                    const auto owner = claimed.emplace(stem, job.note);
-                    if (!owner.second) throw ToolError(job.note + ": skipped: its output " + stem + " is taken by " + owner.first->second);
-                    job.pages = notePages(job.note);
-                    if (job.pages.empty()) throw ToolError(job.note + ": the note has no pages");
-                    job.largestPage = job.pages.back();
-                    if (options.format == "pdf") job.file = stem + ".pdf";
-                    makeDirectories(job.dir);
-                } catch (const std::exception& e) {
-                    reportError(e.what());
-                    ++failedNotes;
-                    continue;
-                }
-                totalPages += static_cast<int>(job.pages.size());
-                jobs.push_back(std::move(job));
-            }
+int runConvert(const ConvertArgs& args) {
+    const DrawingOptions options = drawingOptions(args.drawing);
+    const OutputFormat& format = chosenFormat(args.drawing);
+    const auto start = std::chrono::steady_clock::now();
 
-            // Notes are shared out among the workers; when there are fewer notes than workers,
-            // each note's pages are split among the rest.
-            const int noteWorkers = std::max(1, std::min(args->workers, static_cast<int>(jobs.size())));
-            const int pageWorkers = std::max(1, args->workers / noteWorkers);
-            std::atomic<int> failedPages{0};
-            std::atomic<int> failedJobs{0};
-            {
-                Progress progress(totalPages);
-                parallelFor(static_cast<int>(jobs.size()), noteWorkers, [&](int i) {
-                    const int failed = renderNote(jobs[static_cast<std::size_t>(i)], options, pageWorkers, &progress);
-                    failedPages += failed;
-                    if (failed) ++failedJobs;
-                });
-            }
-            const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-            const int pagesDone = totalPages - failedPages;
-            const int notesFailed = failedNotes + failedJobs;
-            std::fprintf(toolOut(), "notetool: converted %d pages of %d notes to %s in %.2f s (%.1f pages/s); %d failed\n",
-                         pagesDone, static_cast<int>(jobs.size()) - failedJobs, options.format.c_str(), seconds,
-                         seconds > 0 ? pagesDone / seconds : 0.0, notesFailed);
-            return notesFailed == 0 ? kExitOk : kExitFailed;
-        };
-    });
+    int failedNotes = 0;
+    std::vector<NoteJob> jobs;
+    std::map<std::string, std::string> claimed;  // output stem -> the note that has it
+    int totalPages = 0;
+    for (const Found& found : findNotes(args.inputs, failedNotes)) {
+        NoteJob job;
+        job.note = found.note;
+        job.dir = outputDir(args.out, found.relativeDir);
+        const std::string stem = (fs::path(job.dir) / noteStem(job.note)).string();
+        try {
+            const auto owner = claimed.emplace(stem, job.note);
+            if (!owner.second) throw ToolError(job.note + ": skipped: its output " + stem + " is taken by " + owner.first->second);
+            job.pages = notePages(job.note);
+            if (job.pages.empty()) throw ToolError(job.note + ": the note has no pages");
+            job.largestPage = job.pages.back();
+            if (!format.filePerPage) job.file = stem + format.extension();
+            makeDirectories(job.dir);
+        } catch (const std::exception& e) {
+            reportError(e.what());
+            ++failedNotes;
+            continue;
+        }
+        totalPages += static_cast<int>(job.pages.size());
+        jobs.push_back(std::move(job));
+    }
+
+    // Notes are shared out among the workers; when there are fewer notes than workers,
+    // each note's pages are split among the rest.
+    const int noteWorkers = std::max(1, std::min(args.drawing.workers, static_cast<int>(jobs.size())));
+    const int pageWorkers = std::max(1, args.drawing.workers / noteWorkers);
+    std::atomic<int> failedPages{0};
+    std::atomic<int> failedJobs{0};
+    {
+        Progress progress(totalPages);
+        const PageEvents events{reportError, [&progress] { progress.pageDone(); }};
+        parallelFor(static_cast<int>(jobs.size()), noteWorkers, [&](int i) {
+            const int failed = renderNote(jobs[static_cast<std::size_t>(i)], format, options, pageWorkers, events);
+            failedPages += failed;
+            if (failed) ++failedJobs;
+        });
+    }
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const int pagesDone = totalPages - failedPages;
+    const int notesFailed = failedNotes + failedJobs;
+    std::fprintf(toolOut(), "notetool: converted %d pages of %d notes to %s in %.2f s (%.1f pages/s); %d failed\n",
+                 pagesDone, static_cast<int>(jobs.size()) - failedJobs, format.name.c_str(), seconds,
+                 seconds > 0 ? pagesDone / seconds : 0.0, notesFailed);
+    return notesFailed == 0 ? kExitOk : kExitFailed;
 }
 
 }  // namespace notetool

@@ -116,39 +116,34 @@ void printText(std::FILE* out, const ordered_json& note) {
 
 }  // namespace
 
-void addInfoCommand(CLI::App& app, Runner& run) {
-    struct Args {
-        std::vector<std::string> notes;
-        bool json = false;
-    };
-    auto args = std::make_shared<Args>();
+CLI::App* addInfoOptions(CLI::App& app, InfoArgs& args) {
     CLI::App* command = app.add_subcommand("info", "Show a note's header, pages, layers, stroke counts and styles");
     command->footer(
         "Layers are listed top first, in drawing order (see render). With --json one document is printed: "
         "{\"notes\": [{\"file\", \"header\" (the 15 header fields under their file keys, or null), \"pageCount\", "
         "\"styles\" (the index's STYLE_ names), \"pages\": [{\"number\", \"layers\", \"layerSeq\", \"strokes\", "
         "\"style\"}]}]}; a note that cannot be read is left out and reported on standard error.");
-    command->add_option("FILE", args->notes, "Note files")->required();
-    command->add_flag("--json", args->json, "Print JSON instead of text");
-    command->callback([args, &run] {
-        run = [args]() -> int {
-            bool failed = false;
-            ordered_json notes = ordered_json::array();
-            for (const std::string& path : args->notes) {
-                try {
-                    notes.push_back(describeNote(path, failed));
-                } catch (const ToolError& e) {
-                    reportError(e.what());
-                    failed = true;
-                }
-            }
-            if (args->json)
-                std::fprintf(toolOut(), "%s\n", ordered_json{{"notes", notes}}.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
-            else
-                for (const auto& note : notes) printText(toolOut(), note);
-            return failed ? kExitFailed : kExitOk;
-        };
-    });
+    command->add_option("FILE", args.notes, "Note files")->required();
+    command->add_flag("--json", args.json, "Print JSON instead of text");
+    return command;
+}
+
+int runInfo(const InfoArgs& args) {
+    bool failed = false;
+    ordered_json notes = ordered_json::array();
+    for (const std::string& path : args.notes) {
+        try {
+            notes.push_back(describeNote(path, failed));
+        } catch (const ToolError& e) {
+            reportError(e.what());
+            failed = true;
+        }
+    }
+    if (args.json)
+        std::fprintf(toolOut(), "%s\n", ordered_json{{"notes", notes}}.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+    else
+        for (const auto& note : notes) printText(toolOut(), note);
+    return failed ? kExitFailed : kExitOk;
 }
 
 }  // namespace notetool

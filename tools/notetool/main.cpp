@@ -1,16 +1,19 @@
 // notetool: turns the note files of an e-ink writing tablet into images, PDF, SVG and
 // strokes, through libNote.
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
 #include "console.h"
-#include "page_selection.h"
 
 namespace {
 
@@ -69,6 +72,11 @@ std::string manPage(const CLI::App& app) {
     return man.str();
 }
 
+struct Command {
+    const CLI::App* app;
+    std::function<int()> run;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -86,11 +94,17 @@ int main(int argc, char** argv) {
     app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)");
     app.add_flag("--man", man, "Print the manual page")->group("");
 
-    Runner run;
-    addInfoCommand(app, run);
-    addRenderCommand(app, run);
-    addStrokesCommand(app, run);
-    addConvertCommand(app, run);
+    // Each command's options and the work that runs on them.
+    InfoArgs info;
+    RenderArgs render;
+    StrokesArgs strokes;
+    ConvertArgs convert;
+    const std::vector<Command> commands = {
+        {addInfoOptions(app, info), [&] { return runInfo(info); }},
+        {addRenderOptions(app, render), [&] { return runRender(render); }},
+        {addStrokesOptions(app, strokes), [&] { return runStrokes(strokes); }},
+        {addConvertOptions(app, convert), [&] { return runConvert(convert); }},
+    };
 
     try {
         app.parse(argc, argv);
@@ -104,15 +118,19 @@ int main(int argc, char** argv) {
         std::fputs(manPage(app).c_str(), stdout);
         return kExitOk;
     }
-    if (!run) {
-        std::fprintf(stderr, "notetool: a command is required: info, render, strokes or convert\nRun with --help for more information.\n");
+    const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
+    if (chosen == commands.end()) {
+        std::vector<std::string> names;
+        for (const Command& command : commands) names.push_back(command.app->get_name());
+        std::fprintf(stderr, "notetool: a command is required: %s\nRun with --help for more information.\n",
+                     nameList(names).c_str());
         return kExitUsage;
     }
 
     int code = kExitOk;
     try {
         redirectLibraryLog(logPath);
-        code = run();
+        code = chosen->run();
     } catch (const UsageError& e) {
         reportError(e.what());
         code = kExitUsage;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "console.h"
+
 namespace notetool {
 
 namespace {
@@ -37,21 +39,6 @@ std::vector<int> selectPages(const std::string& list, const std::vector<int>& no
     std::sort(chosen.begin(), chosen.end());
     chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
     return chosen;
-}
-
-std::string pageFileName(const std::string& noteStem, int page, int largestPage, const std::string& extension) {
-    std::string number = std::to_string(page);
-    const std::size_t width = std::to_string(largestPage).size();
-    if (number.size() < width) number.insert(0, width - number.size(), '0');
-    return noteStem + "-p" + number + "." + extension;
-}
-
-std::string noteStem(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
-    const std::size_t dot = name.rfind('.');
-    if (dot != std::string::npos && dot > 0) name.erase(dot);
-    return name;
 }
 
 }  // namespace notetool

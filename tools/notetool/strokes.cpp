@@ -21,27 +21,39 @@ struct MappedStroke {
     const std::vector<uint16_t>* pressures;
 };
 
-std::string strokesJson(const std::string& note, int page, int width, int height, const std::vector<MappedStroke>& strokes) {
+// A page's strokes on an image of width x height.
+struct MappedPage {
+    const std::string& note;
+    int page;
+    int width;
+    int height;
+    std::vector<MappedStroke> strokes;
+};
+
+std::string strokesJson(const MappedPage& mapped) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const MappedStroke& stroke : strokes) {
+    for (const MappedStroke& stroke : mapped.strokes) {
         nlohmann::ordered_json points = nlohmann::ordered_json::array();
         for (const MorvaPoint& p : stroke.points) points.push_back({p.x, p.y});
         list.push_back({{"points", points}, {"pressures", *stroke.pressures}});
     }
-    const nlohmann::ordered_json doc{{"file", note}, {"page", page}, {"width", width}, {"height", height}, {"strokes", list}};
+    const nlohmann::ordered_json doc{{"file", mapped.note}, {"page", mapped.page}, {"width", mapped.width},
+                                     {"height", mapped.height}, {"strokes", list}};
     return doc.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 // Each stroke is a polyline; its pressures ride along in a data attribute so that the
 // drawing stays plain SVG for any viewer.
-std::string strokesSvg(int width, int height, const std::vector<MappedStroke>& strokes) {
+std::string strokesSvg(const MappedPage& mapped) {
+    const int width = mapped.width;
+    const int height = mapped.height;
     std::ostringstream svg;
     svg << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\"" << height
         << "\" viewBox=\"0 0 " << width << ' ' << height << "\">\n"
         << "<g fill=\"none\" stroke=\"#e00000\" stroke-width=\"" << std::max(1.0, width / 702.0)
         << "\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
-    for (const MappedStroke& stroke : strokes) {
+    for (const MappedStroke& stroke : mapped.strokes) {
         svg << "<polyline points=\"";
         for (std::size_t i = 0; i < stroke.points.size(); ++i)
             svg << (i ? " " : "") << stroke.points[i].x << ',' << stroke.points[i].y;
@@ -51,6 +63,26 @@ std::string strokesSvg(int width, int height, const std::vector<MappedStroke>& s
     }
     svg << "</g>\n</svg>\n";
     return svg.str();
+}
+
+// The formats strokes are written in; the first is the default, the one an empty name means.
+struct StrokeFormat {
+    std::string name;
+    std::string (*text)(const MappedPage& mapped);
+};
+const std::vector<StrokeFormat> kStrokeFormats = {{"json", &strokesJson}, {"svg", &strokesSvg}};
+
+std::vector<std::string> strokeFormatNames() {
+    std::vector<std::string> names;
+    for (const StrokeFormat& format : kStrokeFormats) names.push_back(format.name);
+    return names;
+}
+
+const StrokeFormat& strokeFormat(const std::string& name) {
+    if (name.empty()) return kStrokeFormats.front();
+    for (const StrokeFormat& format : kStrokeFormats)
+        if (format.name == name) return format;
+    throw UsageError("--format: " + name + " is none of " + nameList(strokeFormatNames()));
 }
 
 void parseSize(const std::string& size, int& width, int& height) {
@@ -63,64 +95,56 @@ void parseSize(const std::string& size, int& width, int& height) {
 
 }  // namespace
 
-void addStrokesCommand(CLI::App& app, Runner& run) {
-    struct Args {
-        std::string note;
-        int page = 0;
-        std::string size = "1404x1872";
-        std::string format = "json";
-        std::string out;
-    };
-    auto args = std::make_shared<Args>();
+CLI::App* addStrokesOptions(CLI::App& app, StrokesArgs& args) {
     CLI::App* command = app.add_subcommand("strokes", "Print a page's pen strokes mapped onto an image, with their pressures");
     command->footer(
         "Points are pixel positions on an image of the given size (the page picture is 1404x1872), one per sampled "
         "point, with the pen pressure of each. JSON: {\"file\", \"page\", \"width\", \"height\", \"strokes\": "
         "[{\"points\": [[x, y], ...], \"pressures\": [...]}]}. SVG: one polyline per stroke, its pressures in "
         "data-pressures.");
-    command->add_option("FILE", args->note, "The note file")->required();
-    command->add_option("--page", args->page, "The page, by the index's number")->required();
-    command->add_option("--size", args->size, "Image size WIDTHxHEIGHT (default 1404x1872)");
-    command->add_option("--format", args->format, "json or svg (default json)")->check(CLI::IsMember({"json", "svg"}));
-    command->add_option("-o,--output", args->out, "Write to this file instead of standard output");
-    command->callback([args, &run] {
-        run = [args]() -> int {
-            int width = 0;
-            int height = 0;
-            parseSize(args->size, width, height);
-            selectPages(std::to_string(args->page), notePages(args->note));  // a page not in the note is a usage error
+    command->add_option("FILE", args.note, "The note file")->required();
+    command->add_option("--page", args.page, "The page, by the index's number")->required();
+    command->add_option("--size", args.size, "Image size WIDTHxHEIGHT (default 1404x1872)");
+    command->add_option("--format", args.format,
+                        nameList(strokeFormatNames()) + " (default " + kStrokeFormats.front().name + ")")
+        ->check(CLI::IsMember(strokeFormatNames()));
+    command->add_option("-o,--output", args.out, "Write to this file instead of standard output");
+    return command;
+}
 
-            std::vector<TrailContainer> trails;
-            int status = 0;
-            try {
-                status = KwDataLoad().fetchNotePathFromFile(trails, args->note, args->page);
-            } catch (const std::length_error&) {
-                // libNote's documented answer to a stroke section with a negative count.
-                throw ToolError(args->note + ": page " + std::to_string(args->page) +
-                                ": strokes cannot be read (a stroke has a negative count)");
-            }
-            if (status != 0)
-                throw ToolError(args->note + ": page " + std::to_string(args->page) + ": strokes cannot be read (code " +
-                                std::to_string(status) + ")");
-            std::vector<MappedStroke> strokes;
-            for (const TrailContainer& trail : trails) {
-                MappedStroke stroke{{}, &trail.pressures};
-                // Onto the last pixel index, so that a point at the digitizer's edge stays on the image.
-                mappingTrailPoints2imageSize(trail, width, height, stroke.points, 1);
-                strokes.push_back(std::move(stroke));
-            }
-            const std::string text = args->format == "svg" ? strokesSvg(width, height, strokes)
-                                                          : strokesJson(args->note, args->page, width, height, strokes);
-            if (args->out.empty()) {
-                std::fwrite(text.data(), 1, text.size(), toolOut());
-            } else {
-                AtomicFile file(args->out);
-                file.write(text.data(), text.size());
-                file.commit();
-            }
-            return kExitOk;
-        };
-    });
+int runStrokes(const StrokesArgs& args) {
+    const StrokeFormat& format = strokeFormat(args.format);
+    MappedPage mapped{args.note, args.page, 0, 0, {}};
+    parseSize(args.size, mapped.width, mapped.height);
+    selectPages(std::to_string(args.page), notePages(args.note));  // a page not in the note is a usage error
+
+    std::vector<TrailContainer> trails;
+    int status = 0;
+    try {
+        status = KwDataLoad().fetchNotePathFromFile(trails, args.note, args.page);
+    } catch (const std::length_error&) {
+        // libNote's documented answer to a stroke section with a negative count.
+        throw ToolError(args.note + ": page " + std::to_string(args.page) +
+                        ": strokes cannot be read (a stroke has a negative count)");
+    }
+    if (status != 0)
+        throw ToolError(args.note + ": page " + std::to_string(args.page) + ": strokes cannot be read (code " +
+                        std::to_string(status) + ")");
+    for (const TrailContainer& trail : trails) {
+        MappedStroke stroke{{}, &trail.pressures};
+        // Onto the last pixel index, so that a point at the digitizer's edge stays on the image.
+        mappingTrailPoints2imageSize(trail, mapped.width, mapped.height, stroke.points, 1);
+        mapped.strokes.push_back(std::move(stroke));
+    }
+    const std::string text = format.text(mapped);
+    if (args.out.empty()) {
+        std::fwrite(text.data(), 1, text.size(), toolOut());
+    } else {
+        AtomicFile file(args.out);
+        file.write(text.data(), text.size());
+        file.commit();
+    }
+    return kExitOk;
 }
 
 }  // namespace notetool

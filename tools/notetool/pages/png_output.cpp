@@ -84,8 +84,7 @@ bool encode(png_structp png, png_infop info, PngImage& image) {
     return true;
 }
 
-void writeImage(const std::string& path, PngImage& image) {
-    AtomicFile file(path);
+void writeImage(const std::string& path, AtomicFile& file, PngImage& image) {
     WriteTarget target{&file, {}};
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &target, recordError, ignoreWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
@@ -97,7 +96,6 @@ void writeImage(const std::string& path, PngImage& image) {
     const bool ok = encode(png, info, image);
     png_destroy_write_struct(&png, &info);
     if (!ok) throw ToolError(target.error.find(path) == 0 ? target.error : path + ": " + target.error);
-    file.commit();
 }
 
 // ---- The page as a palette picture, scaled by a whole number ----
@@ -126,7 +124,7 @@ void fillPaletteRow(void* source, int y, png_byte* row) {
         *row++ = static_cast<png_byte>(s.indices[x] << 4 | s.indices[x + 1]);
 }
 
-void writePalettePng(const std::string& path, const uint8_t* pixels, int scale, bool transparent) {
+void writePalettePng(const std::string& path, AtomicFile& file, const uint8_t* pixels, int scale, bool transparent) {
     PaletteSource source{pixels, scale, {}, std::vector<png_byte>(65536), std::vector<uint8_t>(std::size_t(kPageWidth) * scale)};
     PngImage image;
     std::vector<uint32_t> colours;
@@ -151,7 +149,7 @@ void writePalettePng(const std::string& path, const uint8_t* pixels, int scale, 
     image.row.resize(std::size_t(image.width + 1) / 2);
     image.fillRow = fillPaletteRow;
     image.source = &source;
-    writeImage(path, image);
+    writeImage(path, file, image);
 }
 
 // ---- Any other scale: filtered by cairo, written as grey (and alpha) ----
@@ -182,7 +180,7 @@ void fillGreyRow(void* source, int y, png_byte* row) {
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-void writeScaledPng(const std::string& path, const uint8_t* pixels, double scale, bool transparent) {
+void writeScaledPng(const std::string& path, AtomicFile& file, const uint8_t* pixels, double scale, bool transparent) {
     Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
     cairo_surface_flush(page.get());
     unsigned char* data = cairo_image_surface_get_data(page.get());
@@ -216,17 +214,33 @@ void writeScaledPng(const std::string& path, const uint8_t* pixels, double scale
     image.row.resize(std::size_t(width) * (transparent ? 2 : 1));
     image.fillRow = fillGreyRow;
     image.source = &source;
-    writeImage(path, image);
+    writeImage(path, file, image);
 }
+
+class PngWriter : public PageWriter {
+public:
+    PngWriter(const std::string& path, const DrawingOptions& options) : path_(path), options_(options), file_(path) {}
+
+    void addPage(const uint8_t* pixels) override {
+        const double whole = std::round(options_.scale);
+        if (whole >= 1 && std::fabs(options_.scale - whole) < 1e-9)
+            writePalettePng(path_, file_, pixels, static_cast<int>(whole), options_.transparent);
+        else
+            writeScaledPng(path_, file_, pixels, options_.scale, options_.transparent);
+    }
+
+    void finish() override { file_.commit(); }
+
+private:
+    std::string path_;
+    DrawingOptions options_;
+    AtomicFile file_;
+};
 
 }  // namespace
 
-void writePng(const std::string& path, const uint8_t* pixels, const PngOptions& options) {
-    const double whole = std::round(options.scale);
-    if (whole >= 1 && std::fabs(options.scale - whole) < 1e-9)
-        writePalettePng(path, pixels, static_cast<int>(whole), options.transparent);
-    else
-        writeScaledPng(path, pixels, options.scale, options.transparent);
+std::unique_ptr<PageWriter> openPng(const std::string& path, const DrawingOptions& options) {
+    return std::make_unique<PngWriter>(path, options);
 }
 
 }  // namespace notetool

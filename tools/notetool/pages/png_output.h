@@ -7,18 +7,15 @@
 // RGB, RGBA and alpha-only PNGs, so the file is written with libpng; cairo does the
 // filtering of scales that are not whole numbers.
 
-#include <cstdint>
+#include <memory>
 #include <string>
+
+#include "page_writer.h"
 
 namespace notetool {
 
-struct PngOptions {
-    double scale = 1.0;
-    bool transparent = false;  // leave out the paper
-};
-
-// Writes the page to path through a temporary file; throws ToolError.
-void writePng(const std::string& path, const uint8_t* pixels, const PngOptions& options);
+// One page as one PNG file.
+std::unique_ptr<PageWriter> openPng(const std::string& path, const DrawingOptions& options);
 
 }  // namespace notetool
 

@@ -247,7 +247,7 @@ private:
 // or as an image, as the options ask.
 class PagePainter {
 public:
-    explicit PagePainter(const VectorOptions& options) : options_(options) {
+    explicit PagePainter(const DrawingOptions& options) : options_(options) {
         if (!(options.scale > 0)) throw std::runtime_error("the scale must be greater than 0");
     }
 
@@ -274,7 +274,7 @@ private:
         cairo_fill(cr);
     }
 
-    VectorOptions options_;
+    DrawingOptions options_;
     std::unique_ptr<PageTracer> tracer_;
     std::unique_ptr<PageImage> image_;
 };
@@ -288,54 +288,50 @@ void drawPage(cairo_surface_t* surface, PagePainter& painter, const uint8_t* pix
     if (status != CAIRO_STATUS_SUCCESS) fail(what, status);
 }
 
-}  // namespace
+// cairo's stream surfaces (PDF, SVG) are made alike: a writer, its closure, and a size.
+using StreamSurfaceMaker = cairo_surface_t* (*)(cairo_write_func_t, void*, double, double);
 
-struct PdfDocument::Impl {
-    Impl(const std::string& path, const VectorOptions& options)
-        : painter(options),
-          file(path),
-          what("cannot write " + path),
-          surface(cairo_pdf_surface_create_for_stream(&writeToFile, &file, painter.width(),
-                                                      painter.height()),
-                  &cairo_surface_destroy) {
-        checkSurface(surface.get(), what);
+cairo_surface_t* svgSurface(cairo_write_func_t write, void* closure, double width, double height) {
+    cairo_surface_t* surface = cairo_svg_surface_create_for_stream(write, closure, width, height);
+    // Unitless sizes: one user unit a page unit, which SVG readers show as one pixel.
+    cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_USER);
+    return surface;
+}
+
+// A document that cairo writes to an AtomicFile, a page for each picture added.
+class CairoWriter : public PageWriter {
+public:
+    CairoWriter(const std::string& path, const DrawingOptions& options, StreamSurfaceMaker makeSurface)
+        : painter_(options),
+          file_(path),
+          what_("cannot write " + path),
+          surface_(makeSurface(&writeToFile, &file_, painter_.width(), painter_.height()), &cairo_surface_destroy) {
+        checkSurface(surface_.get(), what_);
     }
 
-    PagePainter painter;
-    AtomicFile file;  // declared before the surface, so that it outlives it
-    std::string what;
-    SurfacePtr surface;
+    void addPage(const uint8_t* pixels) override { drawPage(surface_.get(), painter_, pixels, what_); }
+
+    void finish() override {
+        cairo_surface_finish(surface_.get());
+        checkSurface(surface_.get(), what_);
+        file_.commit();
+    }
+
+private:
+    PagePainter painter_;
+    AtomicFile file_;  // declared before the surface, so that it outlives it
+    std::string what_;
+    SurfacePtr surface_;
 };
 
-PdfDocument::PdfDocument(const std::string& path, const VectorOptions& options)
-    : impl_(std::make_unique<Impl>(path, options)) {}
+}  // namespace
 
-PdfDocument::~PdfDocument() = default;
-
-void PdfDocument::addPage(const uint8_t* pixels) {
-    drawPage(impl_->surface.get(), impl_->painter, pixels, impl_->what);
+std::unique_ptr<PageWriter> openPdf(const std::string& path, const DrawingOptions& options) {
+    return std::make_unique<CairoWriter>(path, options, &cairo_pdf_surface_create_for_stream);
 }
 
-void PdfDocument::finish() {
-    cairo_surface_finish(impl_->surface.get());
-    checkSurface(impl_->surface.get(), impl_->what);
-    impl_->file.commit();
-}
-
-void writeSvgPage(const std::string& path, const uint8_t* pixels, const VectorOptions& options) {
-    PagePainter painter(options);
-    AtomicFile file(path);
-    std::string what = "cannot write " + path;
-    SurfacePtr surface(cairo_svg_surface_create_for_stream(&writeToFile, &file, painter.width(),
-                                                           painter.height()),
-                       &cairo_surface_destroy);
-    checkSurface(surface.get(), what);
-    // Unitless sizes: one user unit a page unit, which SVG readers show as one pixel.
-    cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_USER);
-    drawPage(surface.get(), painter, pixels, what);
-    cairo_surface_finish(surface.get());
-    checkSurface(surface.get(), what);
-    file.commit();
+std::unique_ptr<PageWriter> openSvg(const std::string& path, const DrawingOptions& options) {
+    return std::make_unique<CairoWriter>(path, options, &svgSurface);
 }
 
 }  // namespace notetool
