@@ -145,6 +145,38 @@ TEST(NotetoolRender, PngShowsTheLayersStackedOnPaper) {
     EXPECT_EQ(rgba[(std::size_t(202) * width + 20) * 4], 0xFF);  // the ruled line is gone
 }
 
+// A PNG pixel holds four bits, two to a byte, so a column whose neighbour in its byte has
+// another colour shows whether the two were packed in their order. Stripes one pixel wide in
+// all eight values put an edge at every x; a box spans odd edges. Scale 3 puts the picture's
+// pixels across byte boundaries too.
+TEST(NotetoolRender, PngKeepsEveryColumnInPlace) {
+    const uint8_t values[] = {0x00, 0x30, 0xFF, 0x50, 0xFE, 0x01, 0x31, 0x51};
+    std::vector<uint8_t> ink = filled(0xFF);
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < kPictureWidth; ++x) ink[std::size_t(y) * kPictureWidth + x] = values[x % 8];
+    box(ink, 101, 100, 303, 140, 0x30);
+    box(ink, 303, 100, 305, 140, 0x00);
+    notewriter::Note note;
+    note.pages.push_back(pageWith({{"MAINLAYER", ink, {}}}));
+    ScratchDir dir;
+    const std::string path = dir.write("columns.note", notewriter::buildNote(note));
+
+    for (int scale : {1, 3}) {
+        SCOPED_TRACE(scale);
+        const std::string png = dir.path("x" + std::to_string(scale) + ".png");
+        const ToolRun r = notetool(dir, {"render", path, "-o", png, "--scale", std::to_string(scale)});
+        ASSERT_EQ(r.code, 0) << r.err;
+        unsigned width = 0, height = 0;
+        const std::vector<uint8_t> rgba = readPng(png, width, height);
+        ASSERT_EQ(width, unsigned(kPictureWidth * scale));
+        std::size_t wrong = 0;
+        for (unsigned y = 0; y < 150u * scale; ++y)
+            for (unsigned x = 0; x < width; ++x)
+                wrong += rgba[(std::size_t(y) * width + x) * 4] != shownGrey(ink[(y / scale) * kPictureWidth + x / scale]);
+        EXPECT_EQ(wrong, 0u);
+    }
+}
+
 TEST(NotetoolRender, PagesAreChosenByIndexNumberAndNamedByIt) {
     ScratchDir dir;
     const std::string note = dir.write("diary.note", notewriter::buildNote(notePages(12)));
