@@ -143,6 +143,16 @@ TEST(NotetoolRender, PngShowsTheLayersStackedOnPaper) {
     rgba = readPng(dir.path("big.png"), width, height);
     EXPECT_EQ(width, 2808u);
     EXPECT_EQ(rgba[(std::size_t(202) * width + 20) * 4], 0xFF);  // the ruled line is gone
+
+    // --layers draws only the layers it names.
+    r = notetool(dir, {"render", note, "-o", dir.path("one.png"), "--layers", "LAYER1"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    rgba = readPng(dir.path("one.png"), width, height);
+    EXPECT_EQ(pixel(rgba, 10, 101), P(0xFF, 255));  // no background
+    EXPECT_EQ(pixel(rgba, 150, 101), P(0x9D, 255));  // LAYER1, no ink above it
+    r = notetool(dir, {"render", note, "-o", dir.path("none.png"), "--layers", "PAPER"});
+    EXPECT_EQ(r.code, 2);
+    EXPECT_EQ(r.err, "notetool: --layers: unknown layer PAPER (known: MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER)\n");
 }
 
 // A PNG pixel holds four bits, two to a byte, so a column whose neighbour in its byte has
