@@ -5,7 +5,8 @@
 // the command on the application with its options bound to the struct's fields, and
 // run<Command> does the work from the struct alone and returns the exit code (console.h), so
 // that the work can be run, and tested, without the parser. A run function throws UsageError
-// for a mistake on the command line and ToolError for an input that cannot be read at all.
+// for a mistake on the command line and ToolError for an input that cannot be read at all;
+// it writes to toolOut(), so a caller sends the library's log away first (console.h).
 
 #include <string>
 #include <vector>
