@@ -26,7 +26,7 @@ void logPath(const std::string& path) {
     kwlog::line(path.substr(slash == std::string::npos ? 0 : slash + 1).c_str());
 }
 
-// The message for a page that holds no module for a known layer; null for other names,
+// The line for a page that holds no module for a known layer; null for other names,
 // which fetchLayerFeature refuses itself.
 const char* missingLayerMessage(const KwPageFeatureModule& page, const std::string& layer) {
     if (layer == "MAINLAYER" && page.mainLayerSite == 0) return "mainlayer have no data.";
@@ -93,7 +93,7 @@ int KwDataLoad::fetchNoteDataFromFileByLayer(std::string path, int page, std::st
         return 26;
     }
     if (const char* missing = missingLayerMessage(pageModule, layer)) {
-        kwlog::text(missing);
+        kwlog::line(missing);
         return 27;
     }
     KwLayerFeatureModule layerModule;

@@ -244,7 +244,11 @@ TEST_F(Loading, PicturesAndTheirFailures) {
     const struct { int page; std::string layer; Logged expected; } rows[] = {
         {3, "MAINLAYER", {0, found + "fetchCompressedData\nfetchCompressedData memset\nfetchNoteDataFromFileByLayer\n"}},
         {3, "LAYER3", {0, found + "else\nfetchNoteDataFromFileByLayer\n"}},
-        {3, "BGLAYER", {27, pathLines + "bglayer have no data."}},
+        // A layer the page does not have: a line naming it.
+        {3, "BGLAYER", {27, pathLines + "bglayer have no data.\n"}},
+        {4, "LAYER1", {27, pathLines + "layer1 have no data.\n"}},
+        {4, "LAYER2", {27, pathLines + "layer2 have no data.\n"}},
+        {4, "LAYER3", {27, pathLines + "layer3 have no data.\n"}},
         {3, "layer1", {27, pathLines + "fetchLayerFeature\nUnknown Layer Name.Please check para sLayer first. "
                                        "sLayer:layer1fetchLayerFeature error."}},
         {9, "MAINLAYER", {26, pathLines + "page moudle not exist:0fetchPageFeature error."}},
