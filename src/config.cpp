@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "log.h"
+#include "noteio.h"
 
 std::string kwFileIdenificationTag = "KW_FILE_VER_20220013";
 
@@ -87,7 +88,7 @@ void closeAfterFailure(FILE*& fp) {
 }
 
 bool failSeek(FILE*& fp) {
-    kwlog::errnoWithText("fseek failed-----errno:", errno, "errmsg:");
+    noteio::logSeekFailure(noteio::Detail::NumberAndText);
     closeAfterFailure(fp);
     return false;
 }

@@ -29,7 +29,7 @@ bool readBlock(FILE*& fp, std::vector<ModuleItem>& items, unsigned long site) {
 
 // Reads the tag at offset 4 and tells whether it is ours.
 int readTag(FILE* fp, bool& tagMatches) {
-    if (!noteio::seekTo(fp, 4)) return 38;
+    if (!noteio::seekTo(fp, 4, noteio::Detail::NumberAndText)) return 38;
     std::vector<char> tag(kwFileIdenificationTag.size() + 1, '\0');
     if (std::fread(tag.data(), kwFileIdenificationTag.size(), 1, fp) != 1) {
         logTailReadFailure();
@@ -44,13 +44,13 @@ int readTag(FILE* fp, bool& tagMatches) {
 int seekToIndexSite(FILE* fp, bool tagMatches) {
     if (!tagMatches) {
         if (std::fseek(fp, -4, SEEK_END) != 0) {
-            noteio::logSeekFailure();
+            noteio::logSeekFailure(noteio::Detail::NumberAndText);
             return 38;
         }
         return 0;
     }
     if (std::fseek(fp, -8, SEEK_END) != 0) {
-        noteio::logSeekFailure();
+        noteio::logSeekFailure(noteio::Detail::NumberAndText);
         return 38;
     }
     char marker[5] = {};
@@ -111,7 +111,7 @@ bool KwFileLoad::init_fileload(std::string path) {
 }
 
 int KwFileLoad::fetchIndex(KwFileIndexModule& index) {
-    FILE* fp = noteio::openForReading(filePath);
+    FILE* fp = noteio::openForReading(filePath, noteio::Detail::NumberAndText);
     if (!fp) return 1;
     int result = readIndex(fp, index);
     // Every way out of readIndex that leaves the stream open ends here.
@@ -136,7 +136,7 @@ int KwFileLoad::fetchPageFeature(KwPageFeatureModule& page, int pageNo, PageFeat
         kwlog::number(static_cast<long long>(sites.size()));
     }
 
-    FILE* fp = noteio::openForReading(filePath);
+    FILE* fp = noteio::openForReading(filePath, noteio::Detail::NumberAndText);
     if (!fp) return 1;
     noteio::StreamGuard guard(fp);
     int result = 0;
@@ -164,7 +164,7 @@ int KwFileLoad::fetchLayerFeature(KwLayerFeatureModule& layer, KwPageFeatureModu
     // A page without this layer is not an error: the layer keeps its defaults.
     if (*site == 0) return 0;
 
-    FILE* fp = noteio::openForReading(filePath);
+    FILE* fp = noteio::openForReading(filePath, noteio::Detail::Number);
     if (!fp) return 1;
     noteio::StreamGuard guard(fp);
     std::vector<ModuleItem> items;

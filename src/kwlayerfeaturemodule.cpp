@@ -33,7 +33,7 @@ std::unique_ptr<char[]> allocateZeroed(unsigned long size) {
 // The compressed bitmap at `site`: a 4-byte length, then that many bytes of code.
 int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long site) {
     unsigned long size = 0;
-    if (!noteio::fileSize(fp, size)) return 38;
+    if (!noteio::fileSize(fp, size, noteio::Detail::Number)) return 38;
     if (site > size || size - site < 4) {
         kwlog::text("compress data m_siteCompressData error.");
         kwlog::text("fileSize:");
@@ -42,10 +42,10 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
         kwlog::unsignedNumber(site);
         return 17;
     }
-    if (!noteio::seekTo(fp, site)) return 38;
+    if (!noteio::seekTo(fp, site, noteio::Detail::Number)) return 38;
     uint32_t length = 0;
     if (std::fread(&length, 4, 1, fp) != 1) {
-        kwlog::errnoWithText("compress data len read file failed-----errno:", errno, ",errmsg:");
+        kwlog::errnoOnly("compress data len read file failed-----errno:", errno);
         return 17;
     }
     layer.m_lenCompressData = length;
@@ -69,7 +69,7 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
         return 11;
     }
     if (std::fread(layer.m_compressData.get(), 1, length, fp) != length) {
-        kwlog::errnoWithText("compress data read file failed-----errno:", errno, ",errmsg:");
+        kwlog::errnoOnly("compress data read file failed-----errno:", errno);
         return 17;
     }
     return 0;
@@ -77,7 +77,7 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
 
 // Opens the note file for one bitmap and closes it again on every way out.
 int loadCompressedData(KwLayerFeatureModule& layer, const std::string& path, unsigned long site) {
-    FILE* fp = noteio::openForReading(path);
+    FILE* fp = noteio::openForReading(path, noteio::Detail::Number);
     if (!fp) return 1;
     int result = readCompressedData(fp, layer, site);
     if (!noteio::close(fp)) result = 25;

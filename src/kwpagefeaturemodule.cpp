@@ -46,7 +46,7 @@ int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, un
     for (int32_t i = 0; i < count; ++i) {
         uint32_t length = 0;
         if (std::fread(&length, 4, 1, fp) != 1) {
-            kwlog::errnoWithText("read trail len error-----errno:", errno, ",errmsg:");
+            kwlog::errnoOnly("read trail len error-----errno:", errno);
             return 17;
         }
         left -= 4;
@@ -78,23 +78,23 @@ int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, un
 // The TOTALPATH block: total length, stroke count, then the records when they are asked for.
 int readStrokeBlock(FILE* fp, KwPageFeatureModule& page, bool withTrails) {
     unsigned long size = 0;
-    if (!noteio::fileSize(fp, size)) return 38;
+    if (!noteio::fileSize(fp, size, noteio::Detail::NumberAndText)) return 38;
     // Widened with its sign, a negative site lies past any file.
     const unsigned long site = static_cast<unsigned long>(static_cast<long>(page.totalPathSite));
     if (site > size || size - site < 4) {
         kwlog::text("totalpath site error.");
         return 17;
     }
-    if (!noteio::seekTo(fp, site)) return 38;
+    if (!noteio::seekTo(fp, site, noteio::Detail::NumberAndText)) return 38;
     uint32_t totalLength = 0;
     if (std::fread(&totalLength, 4, 1, fp) != 1) {
-        kwlog::errnoWithText("read totalpath length error-----errno:", errno, ",errmsg:");
+        kwlog::errnoOnly("read totalpath length error-----errno:", errno);
         return 17;
     }
     page.totalPathLength = totalLength;
     int32_t count = 0;
     if (std::fread(&count, 4, 1, fp) != 1) {
-        kwlog::errnoWithText("read totalpath trailsize error-----errno:", errno, ",errmsg:");
+        kwlog::errnoOnly("read totalpath trailsize error-----errno:", errno);
         return 17;
     }
     // The count fills the low half of the member only, as the block stores 4 bytes of it.
@@ -105,7 +105,7 @@ int readStrokeBlock(FILE* fp, KwPageFeatureModule& page, bool withTrails) {
 }
 
 int readTotalPath(KwPageFeatureModule& page, const std::string& path, bool withTrails) {
-    FILE* fp = noteio::openForReading(path);
+    FILE* fp = noteio::openForReading(path, noteio::Detail::NumberAndText);
     if (!fp) return 1;
     noteio::StreamGuard guard(fp);
     int result = readStrokeBlock(fp, page, withTrails);
