@@ -122,8 +122,9 @@ bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned 
     const long end = std::ftell(fp);
     if (end < 0) return failSeek(fp);
     const unsigned long size = static_cast<unsigned long>(end);
-    // Compared without forming site + 4, which a hostile site could wrap around.
-    if (site > size || size - site < 4) {
+    // Unsigned arithmetic: the last four sites wrap to below 4 and pass, and the seek then
+    // refuses them as negative offsets, so no site gets past both.
+    if (size < site + 4) {
         kwlog::text("nSite is error");
         closeAfterFailure(fp);
         return false;
@@ -137,8 +138,9 @@ bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned 
         return false;
     }
     // The length field is not counted here, so a block may overrun the file by up to 4
-    // bytes and fail at the read instead.
-    if (size - site < length) {
+    // bytes and fail at the read instead. The seek above has placed site inside the file, so
+    // this sum cannot wrap.
+    if (size < site + length) {
         kwlog::text("content size is bigger than file size");
         closeAfterFailure(fp);
         return false;

@@ -168,7 +168,8 @@ int KwFileLoad::fetchLayerFeature(KwLayerFeatureModule& layer, KwPageFeatureModu
     if (!fp) return 1;
     noteio::StreamGuard guard(fp);
     std::vector<ModuleItem> items;
-    // The page holds signed sites; a negative one widens to a site past any file.
+    // The page holds signed sites, widened with their sign: -1 is the largest site, which
+    // the block reader's seek refuses.
     if (!readBlock(fp, items, static_cast<unsigned long>(static_cast<long>(*site)))) {
         kwlog::text("readModuleItemFromFile error");
         return 17;

@@ -34,7 +34,9 @@ std::unique_ptr<char[]> allocateZeroed(unsigned long size) {
 int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long site) {
     unsigned long size = 0;
     if (!noteio::fileSize(fp, size, noteio::Detail::Number)) return 38;
-    if (site > size || size - site < 4) {
+    // Unsigned arithmetic, as in the block reader: the last four sites wrap past this check
+    // and fail at the seek.
+    if (site + 4 > size) {
         kwlog::text("compress data m_siteCompressData error.");
         kwlog::text("fileSize:");
         kwlog::unsignedNumber(size);
@@ -51,7 +53,7 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
     layer.m_lenCompressData = length;
     // The length field itself is not counted here, so a bitmap may overrun the file by up
     // to 4 bytes and fail at the read instead.
-    if (size - site < length) {
+    if (size < site + length) {
         kwlog::text("compress data m_siteCompressData error.");
         kwlog::text(" fileSize:");
         kwlog::unsignedNumber(size);

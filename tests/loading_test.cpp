@@ -178,6 +178,10 @@ TEST(LayerModule, BitmapItemsAndSites) {
     // file that cannot be opened is reported with the error number alone.
     EXPECT_EQ(fill(bare, {{"LAYERBITMAP", "0"}}, "/nonexistent"), Logged(0, ""));
     EXPECT_EQ(fill(layer, {{"LAYERBITMAP", at}}, "/nonexistent"), Logged(1, "open file failed-----errno:" + std::to_string(ENOENT)));
+    // The largest site ("-1" reads as it too) wraps past the size check and fails at the seek.
+    for (const char* largest : {"18446744073709551615", "-1"})
+        EXPECT_EQ(fill(layer, {{"LAYERBITMAP", largest}}, dir.path("a.note")),
+                  Logged(38, "fseek failed-----errno:" + std::to_string(EINVAL)));
     EXPECT_EQ(expand(bare), Pixels(kPictureSize, 0xFF));
     bare.changeDataSiteForPageFeature(1, 2, 3, 4);
     bare.changeDataSiteForPageFeature(0, 0, 0, 0);  // zeros change nothing
@@ -236,6 +240,13 @@ TEST_F(Loading, PagesAndLayersAreFoundByNumberAndExactName) {
               Logged(0, "fetchLayerFeature\nfetchLayerFeature  ok\n"));
     EXPECT_EQ(layer.layerBitmapSite, sites.pages[0].pictures["LAYER1"]);
     EXPECT_EQ(logged([&] { return file.fetchLayerFeature(absent, page, "BGLAYER"); }), Logged(0, "fetchLayerFeature\n"));
+    // A page's site of -1, widened with its sign, passes the block reader's size check and
+    // fails at its seek.
+    KwPageFeatureModule negative;
+    negative.layer1Site = -1;
+    EXPECT_EQ(logged([&] { return file.fetchLayerFeature(layer, negative, "LAYER1"); }),
+              Logged(17, "fetchLayerFeature\nfseek failed-----errno:" + std::to_string(EINVAL) + "errmsg:" +
+                             std::strerror(EINVAL) + "readModuleItemFromFile error"));
     KwFileLoad unopenable;
     unopenable.init_fileload(dir.path("missing.note"));
     EXPECT_EQ(logged([&] { return unopenable.fetchLayerFeature(layer, page, "LAYER1"); }),

@@ -2,6 +2,7 @@
 // failure) and the small string and stream helpers beside it.
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -73,6 +74,17 @@ TEST(ReadModuleItemFromFile, StreamFailures) {
               Logged(0, "content size read file failed-----errno:" + std::to_string(EBADF) + ",errmsg:" +
                             std::strerror(EBADF)));
     EXPECT_EQ(fp, nullptr);
+
+    // The site's room is checked in unsigned 64-bit arithmetic, which wraps: the last four
+    // sites pass that check and are refused by the seek, which takes them as negative.
+    const std::string negative = "fseek failed-----errno:" + std::to_string(EINVAL) + "errmsg:" + std::strerror(EINVAL);
+    const std::pair<unsigned long, std::string> sites[] = {
+        {ULONG_MAX, negative}, {ULONG_MAX - 3, negative}, {ULONG_MAX - 4, "nSite is error"}, {1ul << 63, "nSite is error"}};
+    for (const auto& [site, log] : sites) {
+        fp = std::fopen(dir.write("b.note", "0123456789").c_str(), "rb");
+        EXPECT_EQ(logged([&] { return readModuleItemFromFile(fp, items, site); }), Logged(0, log)) << site;
+        EXPECT_EQ(fp, nullptr);
+    }
 }
 
 TEST(StringHelpers, SplitStartsWithEndsWith) {

@@ -155,11 +155,23 @@ TEST_F(HostileFiles, BlocksOutsideTheFile) {
         EXPECT_EQ(r.picture, 27);
         EXPECT_NE(r.log.find("content size is bigger than file size"), std::string::npos) << r.log;
     }
-    for (const char* bitmap : {"18446744073709551615", "4294967295"}) {
+    // The largest site wraps past the size check and is refused by the seek.
+    const struct { const char* site; const char* log; } bitmaps[] = {
+        {"18446744073709551615", "fseek failed-----errno:22setInfoOfLayerFeature error"},
+        {"4294967295", "compress data m_siteCompressData error."}};
+    for (const auto& bitmap : bitmaps) {
         NoteFile f;
-        const Results r = readAll(write(onePage(f, bitmap, "0")));
-        EXPECT_EQ(r.picture, 27) << bitmap;
-        EXPECT_NE(r.log.find("compress data m_siteCompressData error."), std::string::npos) << r.log;
+        const Results r = readAll(write(onePage(f, bitmap.site, "0")));
+        EXPECT_EQ(r.picture, 27) << bitmap.site;
+        EXPECT_NE(r.log.find(bitmap.log), std::string::npos) << r.log;
+    }
+    {
+        // A page site of -1 in the index is the largest site too.
+        NoteFile f;
+        const Results r = readAll(write(f.finish(f.block({{"PAGE1", "-1"}}))));
+        EXPECT_EQ(r.picture, 26);
+        EXPECT_EQ(r.strokes, 26);
+        EXPECT_NE(r.log.find("fseek failed-----errno:22errmsg:"), std::string::npos) << r.log;
     }
     {
         NoteFile f;
