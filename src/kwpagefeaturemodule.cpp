@@ -79,13 +79,14 @@ int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, un
 int readStrokeBlock(FILE* fp, KwPageFeatureModule& page, bool withTrails) {
     unsigned long size = 0;
     if (!noteio::fileSize(fp, size, noteio::Detail::NumberAndText)) return 38;
-    // Widened with its sign, a negative site lies past any file.
-    const unsigned long site = static_cast<unsigned long>(static_cast<long>(page.totalPathSite));
-    if (site > size || size - site < 4) {
+    // The site is signed: a negative one passes this check and the seek refuses it. The sum
+    // is formed in 64 bits, so that a site near the 32-bit limit cannot overflow it.
+    const long site = page.totalPathSite;
+    if (site + 4 > static_cast<long>(size)) {
         kwlog::text("totalpath site error.");
         return 17;
     }
-    if (!noteio::seekTo(fp, site, noteio::Detail::NumberAndText)) return 38;
+    if (!noteio::seekTo(fp, static_cast<unsigned long>(site), noteio::Detail::NumberAndText)) return 38;
     uint32_t totalLength = 0;
     if (std::fread(&totalLength, 4, 1, fp) != 1) {
         kwlog::errnoOnly("read totalpath length error-----errno:", errno);

@@ -121,6 +121,9 @@ TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
         {badBytes, lastFour, 17, "read totalpath trailsize error-----errno:[0-9]+"},
         {badBytes, std::to_string(badSite), 17, "disableAreaListdata2Trail error\\."},  // too short for its area
         {badBytes, std::to_string(badSite + 1000), 17, "totalpath site error\\."},
+        {badBytes, "2147483647", 17, "totalpath site error\\."},
+        // A negative site plus 4 does not exceed the size; the seek refuses it.
+        {badBytes, "-5", 38, "fseek failed-----errno:" + std::to_string(EINVAL) + "errmsg:" + std::strerror(EINVAL)},
     };
     for (const auto& row : rows) {
         const Logged r = fillPage(page, {{"TOTALPATH", row.site}, {"PAGEID", "later"}}, dir.write("b.note", row.bytes), 20);
