@@ -723,11 +723,13 @@ private:
 constexpr std::size_t kHeadSize = 208;
 constexpr std::size_t kTextField = 50;
 
-// A text and its terminator into a 50-byte field of the head. A text that does not fit is
-// a fault of the caller that must not pass silently: the process is stopped.
+// A text up to and including its first zero byte into a 50-byte field of the head; what a
+// string holds after that zero is not part of the text. A text that does not fit is a
+// fault of the caller that must not pass silently: the process is stopped.
 void copyTextField(char* head, std::size_t at, const std::string& s) {
-    if (s.size() >= kTextField) std::abort();
-    std::memcpy(head + at, s.c_str(), s.size() + 1);
+    const std::size_t length = std::strlen(s.c_str());
+    if (length >= kTextField) std::abort();
+    std::memcpy(head + at, s.c_str(), length + 1);
 }
 
 void writeHead(RecordWriter& out, const TrailContainer& t) {

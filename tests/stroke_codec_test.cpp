@@ -174,6 +174,26 @@ TEST(Trail2Data, WritesTheReadersLayoutWithoutTheSkippedCount) {
     EXPECT_EQ(written.substr(0, written.size() - 64), read.substr(0, skipped) + read.substr(skipped + 4));
 }
 
+// A text field takes its text up to and including the first zero byte, whatever follows it
+// in the string; only the characters before that zero count against the field's 50 bytes.
+TEST(Trail2Data, TextFieldsEndAtTheFirstZeroByte) {
+    const std::string ab("ab\0\x02", 4), long49(std::string(49, 'x') + std::string(1, '\0') + std::string(10, 'y'));
+    const struct { std::string text; std::string field; } rows[] = {
+        {ab, std::string("ab", 2) + std::string(48, '\0')},
+        {long49, std::string(49, 'x') + std::string(1, '\0')},
+    };
+    for (const auto& row : rows) {
+        TrailContainer t;
+        t.typeName = t.subName = row.text;
+        const std::string written = encode(t);
+        EXPECT_EQ(written.substr(48, 50), row.field);
+        EXPECT_EQ(written.substr(136, 50), row.field);
+    }
+    TrailContainer tooLong;
+    tooLong.subName = std::string(50, 'x');
+    EXPECT_DEATH(encode(tooLong), "");
+}
+
 TEST(Trail2Data, ReadingBackLosesRectAAndShiftsTheTail) {
     // attrI stands where the reader expects the skipped count: with attrI 0 everything after
     // it is read four bytes late.
