@@ -312,16 +312,23 @@ bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size 
 
 namespace {
 
-// The pairs of one run: whole 16384-pixel pairs, then at most one multiple of 128 and one
-// pair of 1 to 127 pixels. The counter keeps the remainder below 16384. Returns the end of
-// what it wrote. Inline here so that the encoder, which codes a run for nearly every pixel
-// of a badly compressible picture, does not pay a call through the exported unitForRLE.
-inline unsigned char* writeRun(int& count, unsigned char code, unsigned char* p) {
+// The whole 16384-pixel pairs of a run; the counter keeps the remainder below 16384.
+// Returns the end of what it wrote.
+inline unsigned char* writeWholePairs(int& count, unsigned char code, unsigned char* p) {
     for (int whole = count >> 14; whole > 0; --whole) {
         *p++ = code;
         *p++ = 0xFF;
     }
     count &= 0x3FFF;
+    return p;
+}
+
+// The pairs of one run: whole 16384-pixel pairs, then at most one multiple of 128 and one
+// pair of 1 to 127 pixels. The counter keeps the remainder below 16384. Returns the end of
+// what it wrote. Inline here so that the encoder, which codes a run for nearly every pixel
+// of a badly compressible picture, does not pay a call through the exported unitForRLE.
+inline unsigned char* writeRun(int& count, unsigned char code, unsigned char* p) {
+    p = writeWholePairs(count, code, p);
     if (const int m = count >> 7) {
         *p++ = code;
         *p++ = static_cast<unsigned char>(0x7F + m);
@@ -436,7 +443,7 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
             // A run that would outgrow the counter is coded in its whole 16384-pixel pairs
             // now; the remainder stays in the counter, so the code is the same as in one piece.
             if (count > INT_MAX - 8 * int(kMaxBlocksAtOnce) - 8)
-                workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
+                workLen = writeWholePairs(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
             if (same == kMaxBlocksAtOnce || b == blocks) continue;
         }
         codeBlockBytewise(src + 8 * b, size, count, runValue, work.get(), workLen);
