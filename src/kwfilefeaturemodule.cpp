@@ -1,28 +1,22 @@
 #include "kwfilefeaturemodule.h"
 
-#include <sstream>
 #include <string>
 
+#include "textstream.h"
+
 namespace {
+
+using textstream::ClassicStream;
+using textstream::decimalWord;
 
 // Appends a value to the call's shared stream and extracts the next number or word from it.
 // The stream is never emptied, so whatever an earlier value left unread is read first; a
 // failed extraction only fails this item, because the error state is cleared before each use.
 template <class Field>
-void extractShared(std::stringstream& stream, const std::string& value, Field& field) {
+void extractShared(ClassicStream& stream, const std::string& value, Field& field) {
     stream.clear();
     stream << value;
     stream >> field;
-}
-
-// Each conversion reads back exactly the digits it just wrote, so the numbers stay
-// independent although they share the stream.
-std::string decimalWord(std::stringstream& stream, unsigned long number) {
-    std::string word;
-    stream.clear();
-    stream << number;
-    stream >> word;
-    return word;
 }
 
 }  // namespace
@@ -50,7 +44,7 @@ KwFileFeatureModule::KwFileFeatureModule()
 // key overwrites the earlier one. The misspelt "APP_VERTION" is accepted as a full alias of
 // "APP_VERSION" on reading only; produceVecMI never writes it.
 void KwFileFeatureModule::setInfoOfModuleFile(std::vector<ModuleItem>& items) {
-    std::stringstream stream;
+    ClassicStream stream;
     for (const ModuleItem& item : items) {
         const std::string& key = item.key;
         const std::string& value = item.value;
@@ -75,7 +69,7 @@ void KwFileFeatureModule::setInfoOfModuleFile(std::vector<ModuleItem>& items) {
 // Always all fifteen items in field order; the version goes out under "APP_VERSION" only.
 void KwFileFeatureModule::produceVecMI(std::vector<ModuleItem>& items) {
     std::vector<ModuleItem>().swap(items);
-    std::stringstream stream;
+    ClassicStream stream;
     items.reserve(15);
     items.push_back({"MODULE_LABEL", moduleLabel});
     items.push_back({"FILE_TYPE", fileType});

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <climits>
-#include <sstream>
 #include <string>
 #include <utility>
 
 #include "log.h"
+#include "textstream.h"
 
 namespace {
 
@@ -29,16 +29,6 @@ std::vector<unsigned long> siteOf(const ModuleKwIndexItem* entry) {
 
 std::string pageName(const std::string& key, int page) { return key + std::to_string(page); }
 
-// The stream is shared by all entries of one call. Each conversion reads back exactly the
-// word it just wrote, so the values stay independent although the stream is never emptied.
-std::string decimalWord(std::stringstream& stream, int site) {
-    std::string word;
-    stream.clear();
-    stream << site;
-    stream >> word;
-    return word;
-}
-
 // Empties an output and gives its storage back: the result replaces what the caller passed.
 template <class T>
 void release(std::vector<T>& out) {
@@ -49,9 +39,9 @@ template <class Keep>
 void produceItems(const std::vector<ModuleKwIndexItem>& entries, std::vector<ModuleItem>& out,
                   Keep keep) {
     release(out);
-    std::stringstream stream;
+    textstream::ClassicStream stream;  // shared by all entries of the call
     for (const ModuleKwIndexItem& entry : entries) {
-        if (keep(entry.name)) out.push_back({entry.name, decimalWord(stream, entry.site)});
+        if (keep(entry.name)) out.push_back({entry.name, textstream::decimalWord(stream, entry.site)});
     }
 }
 
@@ -287,9 +277,9 @@ void KwFileIndexModule::assortVecMIByKEY(
     // categories instead of losing the first one's items.
     for (const auto& category : categories) release(*category.second);
 
-    std::stringstream stream;
+    textstream::ClassicStream stream;
     for (const ModuleKwIndexItem& entry : vecModuleIndex) {
-        ModuleItem item{entry.name, decimalWord(stream, entry.site)};
+        ModuleItem item{entry.name, textstream::decimalWord(stream, entry.site)};
         for (const auto& category : categories) {
             if (myStartsWith(entry.name, category.first)) {
                 category.second->push_back(std::move(item));

@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "log.h"
 #include "noteio.h"
+#include "textstream.h"
 
 namespace {
 
@@ -18,12 +18,7 @@ constexpr unsigned long kPictureSize = 1872UL * 1404UL;
 
 // Read as a formatted stream extraction reads an unsigned 64-bit number; 0 without a
 // leading number.
-unsigned long toSite(const std::string& value) {
-    std::istringstream in(value);
-    unsigned long site = 0;
-    in >> site;
-    return site;
-}
+unsigned long toSite(const std::string& value) { return textstream::firstOf<unsigned long>(value); }
 
 // A zeroed buffer, or null when there is no room: the callers report that themselves.
 std::unique_ptr<char[]> allocateZeroed(unsigned long size) {
@@ -198,7 +193,7 @@ void KwLayerFeatureModule::produceVecMIForLayerFeature(std::vector<ModuleItem>& 
     std::vector<ModuleItem>().swap(items);
     // One stream for every conversion of the call, never emptied: what the name leaves
     // unread after its first word is read ahead of the first number.
-    std::stringstream stream;
+    textstream::ClassicStream stream;
     std::string name;
     stream.clear();
     stream << layerName;
@@ -206,11 +201,7 @@ void KwLayerFeatureModule::produceVecMIForLayerFeature(std::vector<ModuleItem>& 
 
     const unsigned long sites[] = {layerPathSite, layerBitmapSite, layerVectorGraphSite, layerRecognSite};
     std::string siteTexts[4];
-    for (int i = 0; i < 4; ++i) {
-        stream.clear();
-        stream << sites[i];
-        stream >> siteTexts[i];
-    }
+    for (int i = 0; i < 4; ++i) siteTexts[i] = textstream::decimalWord(stream, sites[i]);
 
     items.push_back({"LAYERTYPE", layerType});
     items.push_back({"LAYERPROTOCOL", layerProtocol});

@@ -3,31 +3,21 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "log.h"
 #include "noteio.h"
+#include "textstream.h"
 
 namespace {
 
 // Read as a formatted stream extraction reads an int: leading whitespace, a sign, digits
 // up to the first non-digit; 0 without a leading number, the nearest limit when out of range.
-int toInt(const std::string& value) {
-    std::istringstream in(value);
-    int number = 0;
-    in >> number;
-    return number;
-}
+int toInt(const std::string& value) { return textstream::firstOf<int>(value); }
 
 // The first whitespace-delimited word, or an empty text when there is none.
-std::string firstWord(const std::string& value) {
-    std::istringstream in(value);
-    std::string word;
-    in >> word;
-    return word;
-}
+std::string firstWord(const std::string& value) { return textstream::firstOf<std::string>(value); }
 
 // One mark is exactly eleven comma-separated numbers; anything else is passed over. A piece
 // that is not a number throws from stoi: such a page is refused as a whole.
