@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "libnote_export.h"
 #include "trailContainer.h"
 
 // One <KEY:VALUE> item of a metadata block; numbers stay decimal text.
@@ -15,31 +16,31 @@ struct ModuleItem {
 };
 
 // The identification tag expected at offset 4 of a note file.
-extern std::string kwFileIdenificationTag;
+extern LIBNOTE_API std::string kwFileIdenificationTag;
 
 // Metadata blocks and small helpers.
-bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned long site);
-std::vector<std::string> split(std::string text, std::string delimiters);
-bool myStartsWith(std::string text, std::string prefix);
-bool myEndsWith(std::string text, std::string suffix);
-bool flushfsyncfclose(FILE*& fp, bool doFlush, bool doSync, bool doClose);
+LIBNOTE_API bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned long site);
+LIBNOTE_API std::vector<std::string> split(std::string text, std::string delimiters);
+LIBNOTE_API bool myStartsWith(std::string text, std::string prefix);
+LIBNOTE_API bool myEndsWith(std::string text, std::string suffix);
+LIBNOTE_API bool flushfsyncfclose(FILE*& fp, bool doFlush, bool doSync, bool doClose);
 
 // Layer bitmaps: 1872 x 1404 pixels, one byte each, run-length coded in the file.
-bool uncompresseDataByRLE(char* dest, unsigned long destLen, char* src, unsigned long srcLen);
-bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsigned long& destLen);
-int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned long& outLen);
+LIBNOTE_API bool uncompresseDataByRLE(char* dest, unsigned long destLen, char* src, unsigned long srcLen);
+LIBNOTE_API bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsigned long& destLen);
+LIBNOTE_API int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned long& outLen);
 
-extern const int UNCOMPRESS_INDEX[256];
-extern const unsigned char COMPRESS_INDEX[256];
-extern const int NOTE_COLOR_CONVERT_INDEX[256];
+extern LIBNOTE_API const int UNCOMPRESS_INDEX[256];
+extern LIBNOTE_API const unsigned char COMPRESS_INDEX[256];
+extern LIBNOTE_API const int NOTE_COLOR_CONVERT_INDEX[256];
 
 // Stroke records.
-int data2Trail(char* data, int length, TrailContainer& trail);
-void trail2data(const TrailContainer& trail, char* out);
-unsigned long trail2dataSize(const TrailContainer& trail);
+LIBNOTE_API int data2Trail(char* data, int length, TrailContainer& trail);
+LIBNOTE_API void trail2data(const TrailContainer& trail, char* out);
+LIBNOTE_API unsigned long trail2dataSize(const TrailContainer& trail);
 
 // Stroke points onto an image of width x height pixels.
-int mappingTrailPoints2imageSize(const TrailContainer& trail, int width, int height,
-                                 std::vector<MorvaPoint>& out, int toLastIndex);
+LIBNOTE_API int mappingTrailPoints2imageSize(const TrailContainer& trail, int width, int height,
+                                             std::vector<MorvaPoint>& out, int toLastIndex);
 
 #endif

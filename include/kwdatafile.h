@@ -4,9 +4,10 @@
 #include <string>
 
 #include "kwfileload.h"
+#include "libnote_export.h"
 
 // The reader bound to a path only once the file is known to exist.
-class KwFileProcess : public KwFileLoad {
+class LIBNOTE_API KwFileProcess : public KwFileLoad {
 public:
     KwFileProcess();
 

@@ -5,10 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "libnote_export.h"
 #include "trailContainer.h"
 
 // One call each for the picture of a layer and the strokes of a page.
-class KwDataLoad {
+class LIBNOTE_API KwDataLoad {
 public:
     KwDataLoad();
 

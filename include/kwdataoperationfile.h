@@ -4,8 +4,9 @@
 #include <string>
 
 #include "kwdataload.h"
+#include "libnote_export.h"
 
-class KwDataOperationFile : public KwDataLoad {
+class LIBNOTE_API KwDataOperationFile : public KwDataLoad {
 public:
     KwDataOperationFile();
 

@@ -5,9 +5,10 @@
 #include <vector>
 
 #include "config.h"
+#include "libnote_export.h"
 
 // The header module of a note: properties of the whole file.
-class KwFileFeatureModule {
+class LIBNOTE_API KwFileFeatureModule {
 public:
     KwFileFeatureModule();
 

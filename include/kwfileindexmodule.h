@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "config.h"
+#include "libnote_export.h"
 
 // One entry of a note's index: a module name and the site of its metadata block.
 struct ModuleKwIndexItem {
@@ -13,7 +14,7 @@ struct ModuleKwIndexItem {
 };
 
 // The table of contents of a note, found through the file's footer.
-class KwFileIndexModule {
+class LIBNOTE_API KwFileIndexModule {
 public:
     KwFileIndexModule();
 

@@ -6,9 +6,10 @@
 #include "kwfileindexmodule.h"
 #include "kwlayerfeaturemodule.h"
 #include "kwpagefeaturemodule.h"
+#include "libnote_export.h"
 
 // The reader of one note file. Every read opens the file by path and closes it again.
-class KwFileLoad {
+class LIBNOTE_API KwFileLoad {
 public:
     KwFileLoad();
 

@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "config.h"
+#include "libnote_export.h"
 
 // One layer module of a page, with the layer's run-length coded bitmap once it is read.
-class KwLayerFeatureModule {
+class LIBNOTE_API KwLayerFeatureModule {
 public:
     KwLayerFeatureModule();
     KwLayerFeatureModule(const KwLayerFeatureModule& other);

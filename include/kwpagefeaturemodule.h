@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config.h"
+#include "libnote_export.h"
 #include "trailContainer.h"
 
 // One five-star mark of a page: eleven numbers carried unchanged.
@@ -42,7 +43,7 @@ static_assert(sizeof(PageFeatureReadFlag) == 21 && std::is_standard_layout<PageF
               "PageFeatureReadFlag holds flag i in byte i");
 
 // What one page's metadata block says, and its strokes when asked for.
-class KwPageFeatureModule {
+class LIBNOTE_API KwPageFeatureModule {
 public:
     KwPageFeatureModule();
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "libnote_export.h"
+
 // A point in digitizer units, or a pixel once mapped onto an image.
 struct MorvaPoint {
     int x;
@@ -30,7 +32,7 @@ struct FlagRect {
 
 // One stroke of a page: its sampled points with their companions, its contours and its
 // scalar attributes, as the stroke record of a note file carries them.
-class TrailContainer {
+class LIBNOTE_API TrailContainer {
 public:
     TrailContainer();
 
