@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs the built library into a scratch prefix and builds a host against it twice, once
 # through the CMake package and once through pkg-config, as a packager's user would; both
-# hosts must then read the sample's page count.
+# hosts must then read the sample's page count. The host is C++20 and includes the library's
+# headers both as <libNote/config.h> and by their plain names.
 #
 # Usage: install-test.sh <build-dir> <host-source-dir> <sample.note> <work-dir> <libdir> <cmake-generator>
 set -euo pipefail
@@ -19,7 +20,7 @@ cmake -S "$host" -B "$work/cmake-host" -G "$generator" -DCMAKE_PREFIX_PATH="$pre
 cmake --build "$work/cmake-host"
 
 # shellcheck disable=SC2046 # the flags are meant to split into words
-c++ -o "$work/pkg-config-host" "$host/host.cpp" \
+c++ -std=c++20 -o "$work/pkg-config-host" "$host/host.cpp" \
     $(PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig" pkg-config --cflags --libs libNote)
 
 expect_pages() {
