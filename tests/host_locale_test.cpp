@@ -1,7 +1,6 @@
 // A host's global locale does not reach the numbers of a note: every module writes plain
 // decimal digits and reads them the same way, whatever locale the host has set.
 
-#include <functional>
 #include <locale>
 #include <sstream>
 
@@ -44,37 +43,21 @@ std::string valueOf(const std::vector<ModuleItem>& items, const std::string& key
 }
 
 TEST_F(HostLocale, NumbersAreWrittenAsPlainDigits) {
-    const std::pair<const char*, std::function<std::string()>> rows[] = {
-        {"header", [] {
-             KwFileFeatureModule header;
-             header.appVersion = 1234567;
-             std::vector<ModuleItem> items;
-             header.produceVecMI(items);
-             return valueOf(items, "APP_VERSION");
-         }},
-        {"index", [] {
-             KwFileIndexModule index;
-             index.vecModuleIndex = {{"PAGE1", 1234567}};
-             std::vector<ModuleItem> items;
-             index.produceVecMI(items);
-             return valueOf(items, "PAGE1");
-         }},
-        {"index by category", [] {
-             KwFileIndexModule index;
-             index.vecModuleIndex = {{"PAGE1", 1234567}};
-             std::vector<ModuleItem> other, pages;
-             index.assortVecMIByKEY(other, other, pages, other, other, other, other, other, other);
-             return valueOf(pages, "PAGE1");
-         }},
-        {"layer", [] {
-             KwLayerFeatureModule layer;
-             layer.layerBitmapSite = 1234567;
-             std::vector<ModuleItem> items;
-             layer.produceVecMIForLayerFeature(items);
-             return valueOf(items, "LAYERBITMAP");
-         }},
-    };
-    for (const auto& [what, written] : rows) EXPECT_EQ(written(), "1234567") << what;
+    KwFileFeatureModule header;
+    header.appVersion = 1234567;
+    KwFileIndexModule index;
+    index.vecModuleIndex = {{"PAGE1", 1234567}};
+    KwLayerFeatureModule layer;
+    layer.layerBitmapSite = 1234567;
+    std::vector<ModuleItem> headerItems, indexItems, other, pages, layerItems;
+    header.produceVecMI(headerItems);
+    index.produceVecMI(indexItems);
+    index.assortVecMIByKEY(other, other, pages, other, other, other, other, other, other);
+    layer.produceVecMIForLayerFeature(layerItems);
+    EXPECT_EQ(valueOf(headerItems, "APP_VERSION"), "1234567");
+    EXPECT_EQ(valueOf(indexItems, "PAGE1"), "1234567");
+    EXPECT_EQ(valueOf(pages, "PAGE1"), "1234567");
+    EXPECT_EQ(valueOf(layerItems, "LAYERBITMAP"), "1234567");
 }
 
 // A grouped number is read as a number in plain digits would be: up to the first comma.
