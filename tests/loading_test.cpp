@@ -6,7 +6,6 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <regex>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -28,9 +27,16 @@ namespace {
 
 const std::string kNoFile = std::to_string(ENOENT) + ",errmsg:" + std::strerror(ENOENT);
 
-// Whether a log is exactly the pattern: for messages that end in an error number, which
-// differs between failed reads at the end of a file, "[0-9]+" stands for it.
-bool logIs(const std::string& log, const std::string& pattern) { return std::regex_match(log, std::regex(pattern)); }
+// Whether a log is the expected text. An expected text that ends in "errno:" stands for that
+// text and an error number alone, which differs between failed reads at the end of a file.
+bool logIs(const std::string& log, const std::string& expected) {
+    const std::string errnoLabel = "errno:";
+    if (expected.size() < errnoLabel.size() ||
+        expected.compare(expected.size() - errnoLabel.size(), errnoLabel.size(), errnoLabel) != 0)
+        return log == expected;
+    return log.size() > expected.size() && log.compare(0, expected.size(), expected) == 0 &&
+           log.find_first_not_of("0123456789", expected.size()) == std::string::npos;
+}
 
 TEST(FileBinding, IndexAndPageCount) {
     notetest::ScratchDir dir;
@@ -117,11 +123,11 @@ TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
     const std::string badBytes = bad.finish(0), lastFour = std::to_string(badBytes.size() - 4);
     // The block's short reads give the error number alone, the record's the system's text too.
     const struct { std::string bytes, site; int code; std::string log; } rows[] = {
-        {many.finish(0).substr(0, many.size()), std::to_string(manySite), 17, "read trail len error-----errno:[0-9]+"},
-        {badBytes, lastFour, 17, "read totalpath trailsize error-----errno:[0-9]+"},
-        {badBytes, std::to_string(badSite), 17, "disableAreaListdata2Trail error\\."},  // too short for its area
-        {badBytes, std::to_string(badSite + 1000), 17, "totalpath site error\\."},
-        {badBytes, "2147483647", 17, "totalpath site error\\."},
+        {many.finish(0).substr(0, many.size()), std::to_string(manySite), 17, "read trail len error-----errno:"},
+        {badBytes, lastFour, 17, "read totalpath trailsize error-----errno:"},
+        {badBytes, std::to_string(badSite), 17, "disableAreaListdata2Trail error."},  // too short for its area
+        {badBytes, std::to_string(badSite + 1000), 17, "totalpath site error."},
+        {badBytes, "2147483647", 17, "totalpath site error."},
         // A negative site plus 4 does not exceed the size; the seek refuses it.
         {badBytes, "-5", 38, "fseek failed-----errno:" + std::to_string(EINVAL) + "errmsg:" + std::strerror(EINVAL)},
     };
@@ -175,7 +181,7 @@ TEST(LayerModule, BitmapItemsAndSites) {
     longer.patch32(site, uint32_t(bytes.size() - site));
     const Logged shortRead = fill(layer, {{"LAYERBITMAP", at}}, dir.write("b.note", longer.finish(0)));
     EXPECT_EQ(shortRead.first, 17);
-    EXPECT_TRUE(logIs(shortRead.second, "compress data read file failed-----errno:[0-9]+")) << shortRead.second;
+    EXPECT_TRUE(logIs(shortRead.second, "compress data read file failed-----errno:")) << shortRead.second;
 
     // Without a bitmap the file is not opened and the pixels are not touched; with one, a
     // file that cannot be opened is reported with the error number alone.
