@@ -179,6 +179,7 @@ LOG_SCRIPT = textwrap.dedent("""
     note = libnote.open(sys.argv[1])
     note.pages[0].layer(note.pages[0].layers[0])
     note.pages[0].strokes
+    note.save("pages/", workers=2)  # on threads that Python does not know
     print("python's own output", flush=True)
     libc = ctypes.CDLL(None)
     libc.puts(b"C's own output")
@@ -189,12 +190,14 @@ LOG_SCRIPT = textwrap.dedent("""
 
 def test_the_library_log_stays_off_standard_output_unless_asked_for(tmp_path, notes):
     expected = "python's own output\nC's own output\na subprocess's output\n"
-    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0])], capture_output=True, text=True)
+    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0])], capture_output=True, text=True,
+                         cwd=tmp_path)
     assert run.returncode == 0, run.stderr
     assert run.stdout == expected
 
     log = tmp_path / "libnote.log"
-    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0]), str(log)], capture_output=True, text=True)
+    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0]), str(log)], capture_output=True, text=True,
+                         cwd=tmp_path)
     assert run.returncode == 0, run.stderr
     assert run.stdout == expected
     assert "fetchNoteDataFromFileByLayer" in log.read_text()
