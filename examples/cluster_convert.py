@@ -114,8 +114,10 @@ def run(args):
             try:
                 pages += future.result()
                 notes += 1
-            except (libnote.NoteError, OSError, ValueError) as error:
+            except (libnote.NoteError, OSError) as error:  # these name the file themselves
                 failures.append(str(error))
+            except Exception as error:  # a worker lost on the note, for one
+                failures.append(f"{tasks[future]}: {type(error).__name__}: {error}")
             seconds = time.monotonic() - start
             print(f"\r{PROGRAM}: {done}/{len(tasks)} notes, {pages} pages, {pages / seconds:.1f} pages/s",
                   end="", file=sys.stderr, flush=True)
