@@ -1,6 +1,7 @@
 #include "config.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -245,10 +246,15 @@ namespace {
 
 constexpr unsigned long kPictureSize = 1872ul * 1404ul;
 
-// The run length of a length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
-inline unsigned long runLength(unsigned char b) {
-    return b < 0x80 ? b + 1ul : ((b & 0x7Ful) + 1ul) * 128ul;
-}
+// The run length of each length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
+// A table, so that the decoder takes it without a branch.
+constexpr std::array<uint16_t, 256> kRunLengths = [] {
+    std::array<uint16_t, 256> lengths{};
+    for (unsigned b = 0; b < 256; ++b) lengths[b] = static_cast<uint16_t>(b < 0x80 ? b + 1 : ((b & 0x7F) + 1) * 128);
+    return lengths;
+}();
+
+inline unsigned long runLength(unsigned char b) { return kRunLengths[b]; }
 
 inline void store8(char* p, uint64_t pattern) { std::memcpy(p, &pattern, 8); }
 inline void store4(char* p, uint32_t pattern) { std::memcpy(p, &pattern, 4); }
@@ -280,6 +286,77 @@ inline void fillRun(char* p, unsigned char value, unsigned long n) {
     }
 }
 
+constexpr unsigned char kSkipped = 0xFF;
+
+// The pixel value of a colour code, kSkipped for a run that is not written. Codes 0x80 and
+// above, taken as signed, fall outside the table; like every code the encoder never writes,
+// they are skipped pixels.
+inline unsigned char pixelOf(unsigned char code) {
+    return code >= 0x80 ? kSkipped : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
+}
+
+// Each code's pixel value, and 1 where its runs are written, 0 where they are skipped.
+struct CodeTable {
+    unsigned char pixel[256];
+    unsigned char written[256];
+    CodeTable() {
+        for (unsigned code = 0; code < 256; ++code) {
+            pixel[code] = pixelOf(static_cast<unsigned char>(code));
+            written[code] = pixel[code] == kSkipped ? 0 : 1;
+        }
+    }
+};
+
+constexpr unsigned kPairsAtOnce = 64;  // one bit each in a 64-bit word
+constexpr unsigned long kSpan = 16;    // what a short run is filled with, and kept behind it
+
+// Decodes whole groups of 64 pairs while a group's runs, and 16 bytes behind them, lie in
+// the picture; i and total then tell the careful loop where to go on.
+//
+// Handwriting alternates short ink runs with skipped pixels (each transparent pixel the
+// encoder meets byte by byte is a pair of its own) too irregularly for a branch per pair,
+// or per run length, to be predicted. So a group's runs are first summed up without a
+// branch, noting which are written; then each written run is filled with 16 bytes of its
+// value. What that puts past a short run's end belongs to skipped pixels or to later runs,
+// so the 16 bytes behind each run, read before the group wrote anything, are put back right
+// after it: every byte before a run's end is then final, every byte from there on as it was.
+void decodeGroups(char* dest, const unsigned char* src, unsigned long srcLen, unsigned long& i, unsigned long& total) {
+    static const CodeTable codes;
+    unsigned long starts[kPairsAtOnce + 1];
+    unsigned char behind[kPairsAtOnce][kSpan];
+    for (; i + 2 * kPairsAtOnce <= srcLen; i += 2 * kPairsAtOnce) {
+        const unsigned char* pairs = src + i;
+        uint64_t written = 0;
+        unsigned long end = total;
+        for (unsigned k = 0; k < kPairsAtOnce; ++k) {
+            starts[k] = end;
+            written |= uint64_t{codes.written[pairs[2 * k]]} << k;
+            end += runLength(pairs[2 * k + 1]);
+        }
+        starts[kPairsAtOnce] = end;
+        if (end + kSpan > kPictureSize) return;
+
+        unsigned r = 0;
+        for (uint64_t w = written; w != 0; w &= w - 1)
+            std::memcpy(behind[r++], dest + starts[__builtin_ctzll(w) + 1], kSpan);
+        r = 0;
+        for (uint64_t w = written; w != 0; w &= w - 1) {
+            const int k = __builtin_ctzll(w);
+            const unsigned char value = codes.pixel[pairs[2 * k]];
+            const unsigned long n = starts[k + 1] - starts[k];
+            if (n <= kSpan) {
+                const uint64_t pattern = 0x0101010101010101ull * value;
+                store8(dest + starts[k], pattern);
+                store8(dest + starts[k] + 8, pattern);
+            } else {
+                fillRun(dest + starts[k], value, n);
+            }
+            std::memcpy(dest + starts[k + 1], behind[r++], kSpan);
+        }
+        total = end;
+    }
+}
+
 }  // namespace
 
 bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size is fixed*/, char* src,
@@ -288,16 +365,15 @@ bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size 
         kwlog::text("uncompresseDataByRLE srcData nullptr.");
         return false;
     }
-    unsigned long total = 0;
-    for (unsigned long i = 0; i < srcLen; i += 2) {
-        const signed char code = static_cast<signed char>(src[i]);
-        const unsigned long n = runLength(static_cast<unsigned char>(src[i + 1]));
-        // Codes 0x80 and above fall outside the table; like every code the encoder never
-        // writes, they are skipped pixels.
-        const unsigned char value = code < 0 ? 0xFF : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
-        // Runs past the end of the picture are counted but never written.
-        if (value != 0xFF && total < kPictureSize)
-            fillRun(dest + total, value, std::min(n, kPictureSize - total));
+    const auto* code = reinterpret_cast<const unsigned char*>(src);
+    unsigned long i = 0, total = 0;
+    decodeGroups(dest, code, srcLen, i, total);
+    // The last pairs, and runs that reach the end of the picture: those are counted but
+    // written only up to the end.
+    for (; i < srcLen; i += 2) {
+        const unsigned char value = pixelOf(code[i]);
+        const unsigned long n = runLength(code[i + 1]);
+        if (value != kSkipped && total < kPictureSize) fillRun(dest + total, value, std::min(n, kPictureSize - total));
         total += n;
     }
     if (total != kPictureSize) {
