@@ -429,12 +429,16 @@ inline bool isLayerValue(unsigned char v) {
 constexpr unsigned long kMaxBlocksAtOnce = 1ul << 16;
 
 // The number of whole 8-byte blocks from `from` on, at most `blocks` and at most
-// kMaxBlocksAtOnce, in which every byte is `value`. Four blocks are compared at a time, so
-// that the blank and ink areas of a page pass at well under one comparison per block.
+// kMaxBlocksAtOnce, in which every byte is `value`. In handwriting most calls find none or
+// a few, so the first block is looked at alone; long runs then pass four blocks at a time,
+// well under one comparison per block.
 inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsigned char value) {
     const uint64_t pattern = 0x0101010101010101ull * value;
+    uint64_t w;
+    std::memcpy(&w, from, 8);
+    if (w != pattern) return 0;
     const unsigned long limit = std::min(blocks, kMaxBlocksAtOnce);
-    unsigned long n = 0;
+    unsigned long n = 1;
     for (; n + 4 <= limit; n += 4) {
         uint64_t w0, w1, w2, w3;
         std::memcpy(&w0, from + 8 * n, 8);
@@ -444,52 +448,92 @@ inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsig
         if (((w0 ^ pattern) | (w1 ^ pattern) | (w2 ^ pattern) | (w3 ^ pattern)) != 0) break;
     }
     for (; n < limit; ++n) {
-        uint64_t w;
         std::memcpy(&w, from + 8 * n, 8);
         if (w != pattern) break;
     }
     return n;
 }
 
-// Codes one block byte by byte. A byte is compared as signed with the run value as
-// unsigned, so a byte of 0x80 or more never continues a run: each 0xFE or 0xFF met here
-// becomes a run of its own. The position test looks at the place in the block, not in
-// the input, and so only matters for an input of exactly 8 bytes.
-inline void codeBlockBytewise(const char* block, unsigned long size, int& runCount, unsigned char& runValueOut,
-                              unsigned char* work, unsigned long& workLen) {
-    // Worked on in locals, so that the state of the run stays in registers.
-    int count = runCount;
-    unsigned char runValue = runValueOut;
-    unsigned char* p = work + workLen;
-    unsigned char code = COMPRESS_INDEX[runValue];
-    for (unsigned long k = 0; k < 8; ++k) {
-        const int byte = static_cast<signed char>(block[k]);
-        const bool ends = byte != static_cast<int>(runValue) || k == size - 1;
-        // A run below 128 pixels is a single pair, written at the end of the code whether
-        // the run ends here or not and kept only when it does: handwriting ends a run every
-        // few bytes, and this keeps the work per byte the same either way. Longer runs are
-        // rare and take the general way, after which nothing is left to write.
-        if (count >= 128 && ends) {
-            p = writeRun(count, code, p);
-            count = 0;
+// The runs that begin and end within a block, by the mask of the bytes that begin a run
+// (bit k for byte k), leaving out the first of those, whose run came into the block: where
+// each begins and its length byte, at most seven.
+struct RunsInBlock {
+    unsigned char count[256];
+    unsigned char start[256][7];
+    unsigned char lengthByte[256][7];
+};
+
+constexpr RunsInBlock kRunsInBlock = [] {
+    RunsInBlock t{};
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        int begun = -1;
+        for (int k = 0; k < 8; ++k) {
+            if (!(mask >> k & 1)) continue;
+            if (begun >= 0) {
+                t.start[mask][t.count[mask]] = static_cast<unsigned char>(begun);
+                t.lengthByte[mask][t.count[mask]] = static_cast<unsigned char>(k - begun - 1);
+                ++t.count[mask];
+            }
+            begun = k;
         }
-        p[0] = code;
-        p[1] = static_cast<unsigned char>(count - 1);
-        p += (ends && count != 0) ? 2 : 0;
-        count = ends ? 1 : count + 1;
-        runValue = ends ? static_cast<unsigned char>(byte) : runValue;
-        code = COMPRESS_INDEX[runValue];
     }
-    workLen = static_cast<unsigned long>(p - work);
-    runCount = count;
-    runValueOut = runValue;
+    return t;
+}();
+
+// The bytes of a block that end the run before them, as a mask (bit k for byte k). A byte
+// is compared as signed with the run value as unsigned, so a byte of 0x80 or more never
+// continues a run: each 0xFE or 0xFF met here becomes a run of its own. The position test
+// looks at the place in the block, not in the input: it holds only for the last byte of an
+// input of exactly 8 bytes, whose last byte is then a run of its own.
+inline unsigned runEnds(uint64_t block, unsigned char runValue, unsigned long size) {
+    constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7Full, kHigh = 0x8080808080808080ull;
+    const uint64_t differs = block ^ ((block << 8) | runValue);  // each byte against the one before
+    uint64_t ends = ((((differs & kLow7) + kLow7) | differs) | block) & kHigh;
+    if (size == 8) ends |= 0x80ull << 56;
+    // The high bit of each byte, gathered into the low eight bits.
+    return static_cast<unsigned>(((ends >> 7) * 0x0102040810204080ull) >> 56);
+}
+
+// Codes one block that the fast step did not take, as the byte-by-byte rules above have it,
+// but by the mask of its run ends: the run that came in is closed, the runs within the block
+// are taken from the table (seven pairs are always written, and kept as far as there are
+// runs, so that no branch depends on their number), and the last run stays open. Writes up
+// to 14 bytes past the pairs it keeps.
+inline unsigned char* codeBlock(const char* block, unsigned long size, int& count, unsigned char& runValue,
+                                unsigned char* out) {
+    uint64_t x;
+    std::memcpy(&x, block, 8);
+    const unsigned ends = runEnds(x, runValue, size);
+    if (ends == 0) {
+        count += 8;
+        return out;
+    }
+    int closing = count + __builtin_ctz(ends);
+    const unsigned char code = COMPRESS_INDEX[runValue];
+    if (closing >= 128) {
+        out = writeRun(closing, code, out);
+    } else {
+        out[0] = code;
+        out[1] = static_cast<unsigned char>(closing - 1);
+        out += closing != 0 ? 2 : 0;
+    }
+    const auto* bytes = reinterpret_cast<const unsigned char*>(block);
+    for (int j = 0; j < 7; ++j) {
+        out[2 * j] = COMPRESS_INDEX[bytes[kRunsInBlock.start[ends][j]]];
+        out[2 * j + 1] = kRunsInBlock.lengthByte[ends][j];
+    }
+    // The last run holds the last byte, whatever came before it.
+    count = 8 - (31 - __builtin_clz(ends));
+    runValue = static_cast<unsigned char>(x >> 56);
+    return out + 2 * kRunsInBlock.count[ends];
 }
 
 }  // namespace
 
 bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsigned long& destLen) {
-    // A badly compressible input needs up to two bytes a pixel, twice the input's size.
-    const unsigned long workSize = size > ULONG_MAX / 4 ? 0 : 2 * size + 2;
+    // A badly compressible input needs up to two bytes a pixel, twice the input's size; a
+    // block's coder writes up to 14 bytes past that.
+    const unsigned long workSize = size > ULONG_MAX / 4 ? 0 : 2 * size + 16;
     std::unique_ptr<unsigned char[]> work(workSize ? new (std::nothrow) unsigned char[workSize] : nullptr);
     if (!work) {
         kwlog::text("compresseDataByRLE oriDestData malloc failed.");
@@ -512,7 +556,7 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
                 workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
             if (same == kMaxBlocksAtOnce || b == blocks) continue;
         }
-        codeBlockBytewise(src + 8 * b, size, count, runValue, work.get(), workLen);
+        workLen = codeBlock(src + 8 * b, size, count, runValue, work.get() + workLen) - work.get();
         ++b;
     }
     workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
