@@ -30,40 +30,41 @@ def medians(path):
 
 
 def benchmark_rows(m, ns):
-    """(name, median ns, value, unit, target) for every benchmark."""
+    """(name, median ns, value, unit, target) for every benchmark of the run; a run with
+    --benchmark_filter leaves some out."""
     memset = ns[MEMSET]
     image_ref = memset + ns[MEMCPY_COLOURS]
-
-    def rate(name, key):
-        return m[name].get(key, 0.0)
-
     rows = []
+
+    def row(name, value, unit, target="-"):
+        """value(name) gives the measure; rows whose benchmarks did not run are left out."""
+        try:
+            rows.append((name, ns[name], value(name), unit, target))
+        except KeyError:
+            pass
+
+    def rate(key, scale):
+        return lambda name: m[name][key] / scale
+
     decode_targets = {"blank": "<= 1.5", "ruled": "<= 1.5", "dense": "<= 8"}
     for kind in PICTURES:
-        name = f"uncompresseDataByRLE/{kind}"
-        rows.append((name, ns[name], ns[name] / memset, "x memset", decode_targets.get(kind, "-")))
+        row(f"uncompresseDataByRLE/{kind}", lambda n: ns[n] / memset, "x memset", decode_targets.get(kind, "-"))
     encode_targets = {"blank": ">= 4.0", "dense": ">= 1.0", "full_page": ">= 2.0"}
     for kind in PICTURES:
-        name = f"compresseDataByRLE/{kind}"
-        rows.append((name, ns[name], rate(name, "bytes_per_second") / 1e9, "GB/s", encode_targets.get(kind, "-")))
+        row(f"compresseDataByRLE/{kind}", rate("bytes_per_second", 1e9), "GB/s", encode_targets.get(kind, "-"))
     for kind in PICTURES:
-        name = f"fetchNoteDataFromFileByLayer/{kind}"
-        rows.append((name, ns[name], ns[name] / ns[f"uncompresseDataByRLE/{kind}"], "x decode", "<= 1.5"))
+        row(f"fetchNoteDataFromFileByLayer/{kind}", lambda n, k=kind: ns[n] / ns[f"uncompresseDataByRLE/{k}"],
+            "x decode", "<= 1.5")
     for kind in PICTURES:
-        name = f"loadImageData/{kind}"
-        rows.append((name, ns[name], ns[name] / image_ref, "x (memset + memcpy 10 MB)", "<= 5"))
+        row(f"loadImageData/{kind}", lambda n: ns[n] / image_ref, "x (memset + memcpy 10 MB)", "<= 5")
     for kind in STROKES:
-        name = f"fetchNotePathFromFile/{kind}"
-        rows.append((name, ns[name], rate(name, "strokes") / 1e3, "k strokes/s", ">= 200"))
+        row(f"fetchNotePathFromFile/{kind}", rate("strokes", 1e3), "k strokes/s", ">= 200")
     for kind in STROKES:
-        name = f"data2Trail/{kind}"
-        rows.append((name, ns[name], rate(name, "bytes_per_second") / 1e6, "MB/s of records", ">= 500"))
+        row(f"data2Trail/{kind}", rate("bytes_per_second", 1e6), "MB/s of records", ">= 500")
     for kind in STROKES:
-        name = f"mappingTrailPoints2imageSize/{kind}"
-        rows.append((name, ns[name], rate(name, "points") / 1e6, "M points/s", "-"))
+        row(f"mappingTrailPoints2imageSize/{kind}", rate("points", 1e6), "M points/s")
     for pages, target in ((1, "-"), (100, ">= 60")):
-        name = f"fetchTotalPageNumOfNote/{pages}"
-        rows.append((name, ns[name], rate(name, "items_per_second") / 1e3, "k calls/s", target))
+        row(f"fetchTotalPageNumOfNote/{pages}", rate("items_per_second", 1e3), "k calls/s", target)
     return rows
 
 
