@@ -484,7 +484,8 @@ constexpr RunsInBlock kRunsInBlock = [] {
 // is compared as signed with the run value as unsigned, so a byte of 0x80 or more never
 // continues a run: each 0xFE or 0xFF met here becomes a run of its own. The position test
 // looks at the place in the block, not in the input: it holds only for the last byte of an
-// input of exactly 8 bytes, whose last byte is then a run of its own.
+// input of exactly 8 bytes, whose last byte is then a run of its own. The block's bytes lie
+// in the word from its low end on (the host is little-endian, as the file is).
 inline unsigned runEnds(uint64_t block, unsigned char runValue, unsigned long size) {
     constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7Full, kHigh = 0x8080808080808080ull;
     const uint64_t differs = block ^ ((block << 8) | runValue);  // each byte against the one before
