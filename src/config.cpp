@@ -11,6 +11,10 @@
 #include <new>
 #include <string_view>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "log.h"
 
 std::string kwFileIdenificationTag = "KW_FILE_VER_20220013";
@@ -295,20 +299,86 @@ inline unsigned char pixelOf(unsigned char code) {
     return code >= 0x80 ? kSkipped : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
 }
 
-// Each code's pixel value, and 1 where its runs are written, 0 where they are skipped.
+// Each code's pixel value, and 1 where its runs are written, 0 where they are skipped; and
+// the codes that are written, for the vector path below, which compares with each of eight
+// (the places left over hold 0x100, which no code byte equals).
 struct CodeTable {
+    static constexpr unsigned kMostCompared = 8;
     unsigned char pixel[256];
     unsigned char written[256];
+    uint16_t writtenCodes[kMostCompared] = {0x100, 0x100, 0x100, 0x100, 0x100, 0x100, 0x100, 0x100};
+    unsigned writtenCount = 0;
     CodeTable() {
         for (unsigned code = 0; code < 256; ++code) {
             pixel[code] = pixelOf(static_cast<unsigned char>(code));
             written[code] = pixel[code] == kSkipped ? 0 : 1;
+            if (written[code] && writtenCount++ < kMostCompared) writtenCodes[writtenCount - 1] = static_cast<uint16_t>(code);
         }
     }
 };
 
 constexpr unsigned kPairsAtOnce = 64;  // one bit each in a 64-bit word
 constexpr unsigned long kSpan = 16;    // what a short run is filled with, and kept behind it
+
+// Sums up the runs of a group of 64 pairs, starting at `total`: starts[k] is where pair k's
+// run begins, starts[64] where the group ends. Returns the mask of the runs that are written.
+// No branch: the sums of a picture's start fit in 32 bits, as a group holds at most
+// 64 x 16384 pixels and begins within the picture.
+uint64_t sumGroup(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+    uint64_t written = 0;
+    for (unsigned k = 0; k < kPairsAtOnce; ++k) {
+        starts[k] = total;
+        written |= uint64_t{codes.written[pairs[2 * k]]} << k;
+        total += static_cast<uint32_t>(runLength(pairs[2 * k + 1]));
+    }
+    starts[kPairsAtOnce] = total;
+    return written;
+}
+
+#if defined(__SSE2__)
+// sumGroup eight pairs at a time, for a table with at most eight written codes. The length
+// byte's rule (kRunLengths) is worked out in 16-bit lanes, and the sums in 32-bit ones.
+uint64_t sumGroupSse2(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+    const __m128i one = _mm_set1_epi16(1), low7 = _mm_set1_epi16(0x7F), lowByte = _mm_set1_epi16(0xFF);
+    const __m128i zero = _mm_setzero_si128();
+    __m128i compared[CodeTable::kMostCompared];
+    for (unsigned c = 0; c < CodeTable::kMostCompared; ++c) compared[c] = _mm_set1_epi16(static_cast<short>(codes.writtenCodes[c]));
+    uint64_t written = 0;
+    starts[0] = total;
+    for (unsigned j = 0; j < kPairsAtOnce / 8; ++j) {
+        const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs + 16 * j));
+        const __m128i lengthByte = _mm_srli_epi16(eight, 8), code = _mm_and_si128(eight, lowByte);
+        const __m128i long_ = _mm_cmpgt_epi16(lengthByte, low7);
+        const __m128i n = _mm_or_si128(
+            _mm_and_si128(long_, _mm_slli_epi16(_mm_add_epi16(_mm_and_si128(lengthByte, low7), one), 7)),
+            _mm_andnot_si128(long_, _mm_add_epi16(lengthByte, one)));
+        __m128i isWritten = zero;
+        for (const __m128i& c : compared) isWritten = _mm_or_si128(isWritten, _mm_cmpeq_epi16(code, c));
+        written |= uint64_t{static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(isWritten, zero)))} << (8 * j);
+        // Running sums of the eight lengths, from the group's total so far: the ends of the
+        // eight runs, which are the starts of the next eight.
+        __m128i low = _mm_unpacklo_epi16(n, zero), high = _mm_unpackhi_epi16(n, zero);
+        low = _mm_add_epi32(low, _mm_slli_si128(low, 4));
+        low = _mm_add_epi32(low, _mm_slli_si128(low, 8));
+        high = _mm_add_epi32(high, _mm_slli_si128(high, 4));
+        high = _mm_add_epi32(high, _mm_slli_si128(high, 8));
+        low = _mm_add_epi32(low, _mm_set1_epi32(static_cast<int>(total)));
+        high = _mm_add_epi32(high, _mm_shuffle_epi32(low, 0xFF));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(starts + 8 * j + 1), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(starts + 8 * j + 5), high);
+        total = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_shuffle_epi32(high, 0xFF)));
+    }
+    return written;
+}
+#endif
+
+// The runs of a group, by the vector path where the host has it and the table allows.
+uint64_t sumRuns(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+#if defined(__SSE2__)
+    if (codes.writtenCount <= CodeTable::kMostCompared) return sumGroupSse2(codes, pairs, total, starts);
+#endif
+    return sumGroup(codes, pairs, total, starts);
+}
 
 // Decodes whole groups of 64 pairs while a group's runs, and 16 bytes behind them, lie in
 // the picture; i and total then tell the careful loop where to go on.
@@ -322,18 +392,12 @@ constexpr unsigned long kSpan = 16;    // what a short run is filled with, and k
 // after it: every byte before a run's end is then final, every byte from there on as it was.
 void decodeGroups(char* dest, const unsigned char* src, unsigned long srcLen, unsigned long& i, unsigned long& total) {
     static const CodeTable codes;
-    unsigned long starts[kPairsAtOnce + 1];
+    uint32_t starts[kPairsAtOnce + 1];
     unsigned char behind[kPairsAtOnce][kSpan];
     for (; i + 2 * kPairsAtOnce <= srcLen; i += 2 * kPairsAtOnce) {
         const unsigned char* pairs = src + i;
-        uint64_t written = 0;
-        unsigned long end = total;
-        for (unsigned k = 0; k < kPairsAtOnce; ++k) {
-            starts[k] = end;
-            written |= uint64_t{codes.written[pairs[2 * k]]} << k;
-            end += runLength(pairs[2 * k + 1]);
-        }
-        starts[kPairsAtOnce] = end;
+        const uint64_t written = sumRuns(codes, pairs, static_cast<uint32_t>(total), starts);
+        const unsigned long end = starts[kPairsAtOnce];
         if (end + kSpan > kPictureSize) return;
 
         unsigned r = 0;
