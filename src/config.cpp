@@ -322,8 +322,8 @@ constexpr unsigned long kSpan = 16;    // what a short run is filled with, and k
 
 // Sums up the runs of a group of 64 pairs, starting at `total`: starts[k] is where pair k's
 // run begins, starts[64] where the group ends. Returns the mask of the runs that are written.
-// No branch: the sums of a picture's start fit in 32 bits, as a group holds at most
-// 64 x 16384 pixels and begins within the picture.
+// The sums fit in 32 bits: a group begins within the picture and holds at most 64 x 16384
+// pixels.
 uint64_t sumGroup(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
     uint64_t written = 0;
     for (unsigned k = 0; k < kPairsAtOnce; ++k) {
