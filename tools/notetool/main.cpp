@@ -49,7 +49,10 @@ std::vector<std::pair<int, const char*>> statusReasons() {
 
 std::string footer() {
     std::string text = kFooter;
-    for (const auto& [code, reason] : statusReasons()) text += "\n  " + std::to_string(code) + "  " + reason;
+    for (const auto& [code, reason] : statusReasons()) {
+        const std::string number = std::to_string(code);
+        text += "\n  " + std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + "  " + reason;
+    }
     return text;
 }
 
