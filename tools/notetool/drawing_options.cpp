@@ -76,8 +76,8 @@ void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& 
     command.add_option("--scale", args.scale, "Scale the page by this factor (default 1: 1404 x 1872 pixels)")
         ->check(numberFrom(kMinScale, kMaxScale, false));
     command.add_option("--dpi", args.dpi,
-                       "Pixels per inch on paper, for the size of PDF and SVG pages (default: the note's DEVICE_DPI, "
-                       "else 226)")
+                       "Page pixels per inch on paper: the size of PDF and SVG pages, and a PNG's resolution (default: "
+                       "the note's DEVICE_DPI, else 226)")
         ->check(numberFrom(kMinDpi, kMaxDpi, false));
     command.add_flag("--transparent", args.transparent,
                      "Leave out the white paper, and the background layer's white with it: only ink is opaque");
