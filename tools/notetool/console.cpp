@@ -43,8 +43,10 @@ std::string format(const char* pattern, Values... values) {
 // "[####......] 12/300 pages  5.1 pages/s  0:40 left" in fewer columns than the terminal has
 // (a line that reaches the last column wraps on some terminals, and a wrapped bar is drawn
 // anew on a line of its own each time). What does not fit is left out, the least needed
-// first: the bar, then the rate, then the time left; the count always stays.
+// first: the rate, then the bar (at least 10 wide, at most 30), then the time left; the count
+// always stays.
 std::string barText(const Bar& bar) {
+    constexpr std::size_t kNarrowest = 10, kWidest = 30, kFrame = 3;  // "[", "] "
     const std::size_t room = static_cast<std::size_t>(std::max(1, bar.columns - 1));
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - bar.start).count();
     const double rate = seconds > 0 ? bar.done / seconds : 0;
@@ -56,11 +58,12 @@ std::string barText(const Bar& bar) {
     const std::string speed = format("  %.1f pages/s", rate);
     std::string count = format("%d/%d pages", bar.done, bar.total);
     if (count.size() > room) count = format("%d/%d", bar.done, bar.total);
-    const bool withLeft = count.size() + left.size() <= room;
-    const bool withSpeed = count.size() + speed.size() + (withLeft ? left.size() : 0) <= room;
-    const std::string tail = count + (withSpeed ? speed : "") + (withLeft ? left : "");
-    const std::size_t width = std::min<std::size_t>(30, room > tail.size() + 3 ? room - tail.size() - 3 : 0);
-    if (width < 10) return tail.substr(0, room);
+    if (count.size() + left.size() > room) left.clear();
+    const bool withBar = kFrame + kNarrowest + count.size() + left.size() <= room;
+    const std::size_t frame = withBar ? kFrame + kNarrowest : 0;
+    const std::string tail = count + (frame + count.size() + speed.size() + left.size() <= room ? speed : "") + left;
+    if (!withBar) return tail.substr(0, room);
+    const std::size_t width = std::min(kWidest, room - kFrame - tail.size());
     std::string filled(bar.total > 0 ? width * static_cast<std::size_t>(bar.done) / static_cast<std::size_t>(bar.total) : 0, '#');
     filled.resize(width, '.');
     return "[" + filled + "] " + tail;
