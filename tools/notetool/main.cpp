@@ -166,13 +166,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "notetool: %s\n", namedAsTyped(e.what(), app, argc, argv).c_str());
         return kExitUsage;
     }
-    if (man) {
-        printOut(manPage(app));
-        closeStandardOutput();
-        return kExitOk;
-    }
     const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
-    if (chosen == commands.end()) {
+    if (!man && chosen == commands.end()) {
         std::vector<std::string> names;
         for (const Command& command : commands) names.push_back(command.app->get_name());
         std::fprintf(stderr, "notetool: a command is required: %s\nRun with --help for more information.\n",
@@ -182,8 +177,12 @@ int main(int argc, char** argv) {
 
     int code = kExitOk;
     try {
-        redirectLibraryLog(logPath);
-        code = chosen->run();
+        if (man) {
+            printOut(manPage(app));
+        } else {
+            redirectLibraryLog(logPath);
+            code = chosen->run();
+        }
     } catch (const UsageError& e) {
         reportError(namedAsTyped(e.what(), app, argc, argv));
         code = kExitUsage;
