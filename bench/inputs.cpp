@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
+#include "handwriting.h"
 #include "notewriter.h"
 
 namespace bench {
@@ -49,7 +50,7 @@ std::vector<uint8_t> ruledPicture() {
 
 // One ink run of 2 to 12 pixels every 20 to 60 pixels, about one pixel in six inked, on a
 // transparent layer; the runs take the seven ink values in turn.
-std::vector<uint8_t> handwritingPicture() {
+std::vector<uint8_t> densePicture() {
     std::vector<uint8_t> p(kPictureSize, kTransparent);
     Random random(20220013);
     std::size_t at = 0;
@@ -68,11 +69,18 @@ std::vector<uint8_t> alternatingPicture() {
     return p;
 }
 
+// Page 1 of the handwritten note, as the writer described it.
+const notewriter::Page& firstFullPage() {
+    static const notewriter::Page page = handwriting::fullPage(1);
+    return page;
+}
+
 std::vector<uint8_t> makePixels(Picture picture) {
     switch (picture) {
         case Picture::Blank: return std::vector<uint8_t>(kPictureSize, kTransparent);
         case Picture::Ruled: return ruledPicture();
-        case Picture::Handwriting: return handwritingPicture();
+        case Picture::Dense: return densePicture();
+        case Picture::FullPage: return firstFullPage().layers.at(0).pixels;
         case Picture::Alternating: return alternatingPicture();
     }
     throw std::logic_error("unknown picture");
@@ -135,14 +143,14 @@ notewriter::Page pageWithMainLayer(std::vector<uint8_t> pixels) {
 }  // namespace
 
 const char* pictureName(Picture picture) {
-    static const char* const names[kPictureKinds] = {"blank", "ruled", "handwriting", "alternating"};
+    static const char* const names[kPictureKinds] = {"blank", "ruled", "dense", "full_page", "alternating"};
     return names[static_cast<int>(picture)];
 }
 
 const std::vector<uint8_t>& pixels(Picture picture) {
     static const std::array<std::vector<uint8_t>, kPictureKinds> all = {
-        makePixels(Picture::Blank), makePixels(Picture::Ruled), makePixels(Picture::Handwriting),
-        makePixels(Picture::Alternating)};
+        makePixels(Picture::Blank), makePixels(Picture::Ruled), makePixels(Picture::Dense),
+        makePixels(Picture::FullPage), makePixels(Picture::Alternating)};
     return all[static_cast<int>(picture)];
 }
 
@@ -157,14 +165,17 @@ const std::vector<char>& code(Picture picture) {
     return c;
 }
 
-const std::string& picturesNote() {
+// The synthetic pictures, page n + 1 holding picture n; the full page is read from the
+// handwritten note instead.
+NotePage pictureSource(Picture picture) {
     static const std::string path = [] {
         notewriter::Note note;
         for (int kind = 0; kind < kPictureKinds; ++kind)
             note.pages.push_back(pageWithMainLayer(pixels(static_cast<Picture>(kind))));
         return folder().write("pictures.note", notewriter::buildNote(note));
     }();
-    return path;
+    if (picture == Picture::FullPage) return {handwrittenNote(), 1};
+    return {path, static_cast<int>(picture) + 1};
 }
 
 const std::string& pagesNote(int pages) {
@@ -178,34 +189,44 @@ const std::string& pagesNote(int pages) {
     return path;
 }
 
-const std::vector<TrailContainer>& strokes() {
-    static const std::vector<TrailContainer> all = [] {
+const std::string& handwrittenNote() {
+    static const std::string path =
+        folder().write("handwritten.note", handwriting::fullNoteFile(kHandwrittenPages));
+    return path;
+}
+
+const char* strokesName(Strokes kind) { return kind == Strokes::Synthetic ? "2000_strokes" : "full_page"; }
+
+const std::vector<TrailContainer>& strokes(Strokes kind) {
+    static const std::vector<TrailContainer> synthetic = [] {
         Random random(15725);
         std::vector<TrailContainer> s;
-        for (int i = 0; i < kStrokes; ++i) s.push_back(makeStroke(random));
+        for (int i = 0; i < kSyntheticStrokes; ++i) s.push_back(makeStroke(random));
         return s;
     }();
-    return all;
+    return kind == Strokes::Synthetic ? synthetic : firstFullPage().strokes;
 }
 
-const std::vector<std::string>& strokeRecords() {
-    static const std::vector<std::string> all = [] {
-        std::vector<std::string> records;
-        for (const TrailContainer& t : strokes()) records.push_back(notewriter::strokeRecord(t));
-        return records;
-    }();
-    return all;
+const std::vector<std::string>& strokeRecords(Strokes kind) {
+    static std::vector<std::string> all[2];
+    std::vector<std::string>& records = all[static_cast<int>(kind)];
+    if (records.empty())
+        for (const TrailContainer& t : strokes(kind)) records.push_back(notewriter::strokeRecord(t));
+    return records;
 }
 
-const std::string& strokesNote() {
+// The synthetic strokes have a note of their own; the full page's are page 1 of the
+// handwritten note.
+NotePage strokesSource(Strokes kind) {
+    if (kind == Strokes::FullPage) return {handwrittenNote(), 1};
     static const std::string path = [] {
         notewriter::Note note;
         notewriter::Page page;
-        page.strokes = strokes();
+        page.strokes = strokes(Strokes::Synthetic);
         note.pages.push_back(std::move(page));
         return folder().write("strokes.note", notewriter::buildNote(note));
     }();
-    return path;
+    return {path, 1};
 }
 
 QuietStdout::QuietStdout() : saved_(dup(STDOUT_FILENO)) {

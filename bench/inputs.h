@@ -16,29 +16,41 @@ namespace bench {
 enum class Picture {
     Blank,        // nothing drawn: every pixel transparent
     Ruled,        // white paper with grey rules, as a background layer
-    Handwriting,  // dense handwriting: an ink run of 2 to 12 pixels every 20 to 60 pixels
+    Dense,        // dense synthetic handwriting: an ink run of 2 to 12 pixels every 20 to 60 pixels
+    FullPage,     // the main layer of a full handwritten page (page 1 of handwrittenNote)
     Alternating,  // the colour changes at every pixel
 };
-constexpr int kPictureKinds = 4;
+constexpr int kPictureKinds = 5;
 
 const char* pictureName(Picture picture);
 const std::vector<uint8_t>& pixels(Picture picture);
 // The run-length code of the picture with the spare byte behind it that the decoder may read.
 const std::vector<char>& code(Picture picture);
 
-// A note whose page n + 1 holds picture n as its main layer.
-const std::string& picturesNote();
+// A note and a page of it whose main layer holds the picture.
+struct NotePage {
+    const std::string& path;
+    int page;
+};
+NotePage pictureSource(Picture picture);
 
 // Notes of 1 and of 100 pages, each page a blank main layer and an empty stroke block.
 const std::string& pagesNote(int pages);
 
-constexpr int kStrokes = 2000;
+// A note of 60 full handwritten pages, as a busy notebook holds them.
+constexpr int kHandwrittenPages = 60;
+const std::string& handwrittenNote();
+
+// The strokes of a page of handwriting, as the writer laid them out, their records, and a
+// note page that holds them: 2,000 synthetic strokes of 60 points, or the strokes of a full
+// handwritten page.
+enum class Strokes { Synthetic, FullPage };
+constexpr int kSyntheticStrokes = 2000;
 constexpr int kPointsPerStroke = 60;
-// The strokes of a page of handwriting, as the writer laid them out, and a note whose one
-// page holds them.
-const std::vector<TrailContainer>& strokes();
-const std::vector<std::string>& strokeRecords();
-const std::string& strokesNote();
+const char* strokesName(Strokes kind);
+const std::vector<TrailContainer>& strokes(Strokes kind);
+const std::vector<std::string>& strokeRecords(Strokes kind);
+NotePage strokesSource(Strokes kind);
 
 // Sends standard output to /dev/null at the file-descriptor level while it lives, so that
 // the library's log costs what writing to a discarded stream costs and does not flood the

@@ -15,18 +15,15 @@ namespace {
 
 using notewriter::kPictureSize;
 
-// Page n + 1 of the pictures note holds picture n.
-int pageOf(bench::Picture picture) { return static_cast<int>(picture) + 1; }
-
 void fetchLayer(benchmark::State& state, bench::Picture picture) {
-    const std::string& path = bench::picturesNote();
+    const bench::NotePage source = bench::pictureSource(picture);
     std::vector<char> pixels(kPictureSize, '\xFF');
     KwDataLoad loader;
     int result = 0;
     {
         bench::QuietStdout quiet;
         for (auto _ : state) {
-            result |= loader.fetchNoteDataFromFileByLayer(path, pageOf(picture), "MAINLAYER", pixels.data());
+            result |= loader.fetchNoteDataFromFileByLayer(source.path, source.page, "MAINLAYER", pixels.data());
             benchmark::DoNotOptimize(pixels.data());
             benchmark::ClobberMemory();
         }
@@ -36,13 +33,13 @@ void fetchLayer(benchmark::State& state, bench::Picture picture) {
 }
 
 void loadImage(benchmark::State& state, bench::Picture picture) {
-    const std::string& path = bench::picturesNote();
+    const bench::NotePage source = bench::pictureSource(picture);
     KwDataLoad loader;
     bool failed = false;
     {
         bench::QuietStdout quiet;
         for (auto _ : state) {
-            uint32_t* colours = loader.loadImageData(path, pageOf(picture), "MAINLAYER");
+            uint32_t* colours = loader.loadImageData(source.path, source.page, "MAINLAYER");
             benchmark::DoNotOptimize(colours);
             failed |= colours == nullptr;
             delete[] colours;

@@ -1,5 +1,5 @@
-// Strokes: a page of 2,000 strokes read from its note file, the record decoder alone, and
-// the mapping of the points onto a picture.
+// Strokes: a page of 2,000 synthetic strokes and a full handwritten page, each read from its
+// note file, the record decoder alone, and the mapping of the points onto a picture.
 
 #include <benchmark/benchmark.h>
 
@@ -13,36 +13,36 @@
 
 namespace {
 
-int64_t recordBytes() {
+int64_t recordBytes(bench::Strokes kind) {
     int64_t bytes = 0;
-    for (const std::string& record : bench::strokeRecords()) bytes += int64_t(record.size());
+    for (const std::string& record : bench::strokeRecords(kind)) bytes += int64_t(record.size());
     return bytes;
 }
 
-void fetchStrokes(benchmark::State& state) {
-    const std::string& path = bench::strokesNote();
+void fetchStrokes(benchmark::State& state, bench::Strokes kind) {
+    const bench::NotePage source = bench::strokesSource(kind);
+    const std::size_t count = bench::strokes(kind).size();
     KwDataLoad loader;
     std::vector<TrailContainer> trails;
     int result = 0;
     {
         bench::QuietStdout quiet;
         for (auto _ : state) {
-            result |= loader.fetchNotePathFromFile(trails, path, 1);
+            result |= loader.fetchNotePathFromFile(trails, source.path, source.page);
             benchmark::DoNotOptimize(trails.data());
         }
     }
-    if (result != 0 || trails.size() != bench::kStrokes) state.SkipWithError("fetchNotePathFromFile failed");
-    state.counters["strokes"] = benchmark::Counter(double(state.iterations()) * bench::kStrokes,
+    if (result != 0 || trails.size() != count) state.SkipWithError("fetchNotePathFromFile failed");
+    state.counters["strokes"] = benchmark::Counter(double(state.iterations()) * double(count),
                                                    benchmark::Counter::kIsRate);
-    state.SetBytesProcessed(int64_t(state.iterations()) * recordBytes());
+    state.SetBytesProcessed(int64_t(state.iterations()) * recordBytes(kind));
 }
-BENCHMARK(fetchStrokes)->Name("fetchNotePathFromFile/2000_strokes")->Unit(benchmark::kMillisecond);
 
 // A record is decoded into a freshly constructed stroke, as the page reader does; making the
 // strokes (their reserved room) is left out of the time, so that the decoder is measured alone.
-void decodeRecords(benchmark::State& state) {
+void decodeRecords(benchmark::State& state, bench::Strokes kind) {
     std::vector<std::vector<char>> records;
-    for (const std::string& record : bench::strokeRecords()) {
+    for (const std::string& record : bench::strokeRecords(kind)) {
         records.emplace_back(record.begin(), record.end());
         records.back().push_back('\0');
     }
@@ -70,10 +70,9 @@ void decodeRecords(benchmark::State& state) {
     state.counters["strokes"] = benchmark::Counter(double(decoded), benchmark::Counter::kIsRate);
     state.SetBytesProcessed(bytes);
 }
-BENCHMARK(decodeRecords)->Name("data2Trail/200_records");
 
-void mapPoints(benchmark::State& state) {
-    const std::vector<TrailContainer>& strokes = bench::strokes();
+void mapPoints(benchmark::State& state, bench::Strokes kind) {
+    const std::vector<TrailContainer>& strokes = bench::strokes(kind);
     std::vector<MorvaPoint> out;
     int64_t points = 0;
     for (auto _ : state) {
@@ -85,6 +84,16 @@ void mapPoints(benchmark::State& state) {
     }
     state.counters["points"] = benchmark::Counter(double(points), benchmark::Counter::kIsRate);
 }
-BENCHMARK(mapPoints)->Name("mappingTrailPoints2imageSize/2000_strokes");
+
+const bool registered = [] {
+    for (const bench::Strokes kind : {bench::Strokes::Synthetic, bench::Strokes::FullPage}) {
+        const std::string name = bench::strokesName(kind);
+        benchmark::RegisterBenchmark(("fetchNotePathFromFile/" + name).c_str(), fetchStrokes, kind)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("data2Trail/" + name).c_str(), decodeRecords, kind);
+        benchmark::RegisterBenchmark(("mappingTrailPoints2imageSize/" + name).c_str(), mapPoints, kind);
+    }
+    return true;
+}();
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "config.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -9,6 +10,10 @@
 #include <memory>
 #include <new>
 #include <string_view>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "log.h"
 #include "noteio.h"
@@ -248,10 +253,15 @@ namespace {
 
 constexpr unsigned long kPictureSize = 1872ul * 1404ul;
 
-// The run length of a length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
-inline unsigned long runLength(unsigned char b) {
-    return b < 0x80 ? b + 1ul : ((b & 0x7Ful) + 1ul) * 128ul;
-}
+// The run length of each length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
+// A table, so that the decoder takes it without a branch.
+constexpr std::array<uint16_t, 256> kRunLengths = [] {
+    std::array<uint16_t, 256> lengths{};
+    for (unsigned b = 0; b < 256; ++b) lengths[b] = static_cast<uint16_t>(b < 0x80 ? b + 1 : ((b & 0x7F) + 1) * 128);
+    return lengths;
+}();
+
+inline unsigned long runLength(unsigned char b) { return kRunLengths[b]; }
 
 inline void store8(char* p, uint64_t pattern) { std::memcpy(p, &pattern, 8); }
 inline void store4(char* p, uint32_t pattern) { std::memcpy(p, &pattern, 4); }
@@ -283,6 +293,137 @@ inline void fillRun(char* p, unsigned char value, unsigned long n) {
     }
 }
 
+constexpr unsigned char kSkipped = 0xFF;
+
+// The pixel value of a colour code, kSkipped for a run that is not written. Codes 0x80 and
+// above, taken as signed, fall outside the table; like every code the encoder never writes,
+// they are skipped pixels.
+inline unsigned char pixelOf(unsigned char code) {
+    return code >= 0x80 ? kSkipped : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
+}
+
+// Each code's pixel value, and 1 where its runs are written, 0 where they are skipped; and
+// the codes that are written, for the vector path below, which compares with each of eight
+// (the places left over hold 0x100, which no code byte equals).
+struct CodeTable {
+    static constexpr unsigned kMostCompared = 8;
+    unsigned char pixel[256];
+    unsigned char written[256];
+    uint16_t writtenCodes[kMostCompared] = {0x100, 0x100, 0x100, 0x100, 0x100, 0x100, 0x100, 0x100};
+    unsigned writtenCount = 0;
+    CodeTable() {
+        for (unsigned code = 0; code < 256; ++code) {
+            pixel[code] = pixelOf(static_cast<unsigned char>(code));
+            written[code] = pixel[code] == kSkipped ? 0 : 1;
+            if (written[code] && writtenCount++ < kMostCompared) writtenCodes[writtenCount - 1] = static_cast<uint16_t>(code);
+        }
+    }
+};
+
+constexpr unsigned kPairsAtOnce = 64;  // one bit each in a 64-bit word
+constexpr unsigned long kSpan = 16;    // what a short run is filled with, and kept behind it
+
+// Sums up the runs of a group of 64 pairs, starting at `total`: starts[k] is where pair k's
+// run begins, starts[64] where the group ends. Returns the mask of the runs that are written.
+// The sums fit in 32 bits: a group begins within the picture and holds at most 64 x 16384
+// pixels.
+uint64_t sumGroup(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+    uint64_t written = 0;
+    for (unsigned k = 0; k < kPairsAtOnce; ++k) {
+        starts[k] = total;
+        written |= uint64_t{codes.written[pairs[2 * k]]} << k;
+        total += static_cast<uint32_t>(runLength(pairs[2 * k + 1]));
+    }
+    starts[kPairsAtOnce] = total;
+    return written;
+}
+
+#if defined(__SSE2__)
+// sumGroup eight pairs at a time, for a table with at most eight written codes. The length
+// byte's rule (kRunLengths) is worked out in 16-bit lanes, and the sums in 32-bit ones.
+uint64_t sumGroupSse2(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+    const __m128i one = _mm_set1_epi16(1), low7 = _mm_set1_epi16(0x7F), lowByte = _mm_set1_epi16(0xFF);
+    const __m128i zero = _mm_setzero_si128();
+    __m128i compared[CodeTable::kMostCompared];
+    for (unsigned c = 0; c < CodeTable::kMostCompared; ++c) compared[c] = _mm_set1_epi16(static_cast<short>(codes.writtenCodes[c]));
+    uint64_t written = 0;
+    starts[0] = total;
+    for (unsigned j = 0; j < kPairsAtOnce / 8; ++j) {
+        const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs + 16 * j));
+        const __m128i lengthByte = _mm_srli_epi16(eight, 8), code = _mm_and_si128(eight, lowByte);
+        const __m128i long_ = _mm_cmpgt_epi16(lengthByte, low7);
+        const __m128i n = _mm_or_si128(
+            _mm_and_si128(long_, _mm_slli_epi16(_mm_add_epi16(_mm_and_si128(lengthByte, low7), one), 7)),
+            _mm_andnot_si128(long_, _mm_add_epi16(lengthByte, one)));
+        __m128i isWritten = zero;
+        for (const __m128i& c : compared) isWritten = _mm_or_si128(isWritten, _mm_cmpeq_epi16(code, c));
+        written |= uint64_t{static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(isWritten, zero)))} << (8 * j);
+        // Running sums of the eight lengths, from the group's total so far: the ends of the
+        // eight runs, which are the starts of the next eight.
+        __m128i low = _mm_unpacklo_epi16(n, zero), high = _mm_unpackhi_epi16(n, zero);
+        low = _mm_add_epi32(low, _mm_slli_si128(low, 4));
+        low = _mm_add_epi32(low, _mm_slli_si128(low, 8));
+        high = _mm_add_epi32(high, _mm_slli_si128(high, 4));
+        high = _mm_add_epi32(high, _mm_slli_si128(high, 8));
+        low = _mm_add_epi32(low, _mm_set1_epi32(static_cast<int>(total)));
+        high = _mm_add_epi32(high, _mm_shuffle_epi32(low, 0xFF));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(starts + 8 * j + 1), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(starts + 8 * j + 5), high);
+        total = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_shuffle_epi32(high, 0xFF)));
+    }
+    return written;
+}
+#endif
+
+// The runs of a group, by the vector path where the host has it and the table allows.
+uint64_t sumRuns(const CodeTable& codes, const unsigned char* pairs, uint32_t total, uint32_t* starts) {
+#if defined(__SSE2__)
+    if (codes.writtenCount <= CodeTable::kMostCompared) return sumGroupSse2(codes, pairs, total, starts);
+#endif
+    return sumGroup(codes, pairs, total, starts);
+}
+
+// Decodes whole groups of 64 pairs while a group's runs, and 16 bytes behind them, lie in
+// the picture; i and total then tell the careful loop where to go on.
+//
+// Handwriting alternates short ink runs with skipped pixels (each transparent pixel the
+// encoder meets byte by byte is a pair of its own) too irregularly for a branch per pair,
+// or per run length, to be predicted. So a group's runs are first summed up without a
+// branch, noting which are written; then each written run is filled with 16 bytes of its
+// value. What that puts past a short run's end belongs to skipped pixels or to later runs,
+// so the 16 bytes behind each run, read before the group wrote anything, are put back right
+// after it: every byte before a run's end is then final, every byte from there on as it was.
+void decodeGroups(char* dest, const unsigned char* src, unsigned long srcLen, unsigned long& i, unsigned long& total) {
+    static const CodeTable codes;
+    uint32_t starts[kPairsAtOnce + 1];
+    unsigned char behind[kPairsAtOnce][kSpan];
+    for (; i + 2 * kPairsAtOnce <= srcLen; i += 2 * kPairsAtOnce) {
+        const unsigned char* pairs = src + i;
+        const uint64_t written = sumRuns(codes, pairs, static_cast<uint32_t>(total), starts);
+        const unsigned long end = starts[kPairsAtOnce];
+        if (end + kSpan > kPictureSize) return;
+
+        unsigned r = 0;
+        for (uint64_t w = written; w != 0; w &= w - 1)
+            std::memcpy(behind[r++], dest + starts[__builtin_ctzll(w) + 1], kSpan);
+        r = 0;
+        for (uint64_t w = written; w != 0; w &= w - 1) {
+            const int k = __builtin_ctzll(w);
+            const unsigned char value = codes.pixel[pairs[2 * k]];
+            const unsigned long n = starts[k + 1] - starts[k];
+            if (n <= kSpan) {
+                const uint64_t pattern = 0x0101010101010101ull * value;
+                store8(dest + starts[k], pattern);
+                store8(dest + starts[k] + 8, pattern);
+            } else {
+                fillRun(dest + starts[k], value, n);
+            }
+            std::memcpy(dest + starts[k + 1], behind[r++], kSpan);
+        }
+        total = end;
+    }
+}
+
 }  // namespace
 
 bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size is fixed*/, char* src,
@@ -291,16 +432,15 @@ bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size 
         kwlog::text("uncompresseDataByRLE srcData nullptr.");
         return false;
     }
-    unsigned long total = 0;
-    for (unsigned long i = 0; i < srcLen; i += 2) {
-        const signed char code = static_cast<signed char>(src[i]);
-        const unsigned long n = runLength(static_cast<unsigned char>(src[i + 1]));
-        // Codes 0x80 and above fall outside the table; like every code the encoder never
-        // writes, they are skipped pixels.
-        const unsigned char value = code < 0 ? 0xFF : static_cast<unsigned char>(UNCOMPRESS_INDEX[code]);
-        // Runs past the end of the picture are counted but never written.
-        if (value != 0xFF && total < kPictureSize)
-            fillRun(dest + total, value, std::min(n, kPictureSize - total));
+    const auto* code = reinterpret_cast<const unsigned char*>(src);
+    unsigned long i = 0, total = 0;
+    decodeGroups(dest, code, srcLen, i, total);
+    // The last pairs, and runs that reach the end of the picture: those are counted but
+    // written only up to the end.
+    for (; i < srcLen; i += 2) {
+        const unsigned char value = pixelOf(code[i]);
+        const unsigned long n = runLength(code[i + 1]);
+        if (value != kSkipped && total < kPictureSize) fillRun(dest + total, value, std::min(n, kPictureSize - total));
         total += n;
     }
     if (total != kPictureSize) {
@@ -363,12 +503,16 @@ inline bool isLayerValue(unsigned char v) {
 constexpr unsigned long kMaxBlocksAtOnce = 1ul << 16;
 
 // The number of whole 8-byte blocks from `from` on, at most `blocks` and at most
-// kMaxBlocksAtOnce, in which every byte is `value`. Four blocks are compared at a time, so
-// that the blank and ink areas of a page pass at well under one comparison per block.
+// kMaxBlocksAtOnce, in which every byte is `value`. In handwriting most calls find none or
+// a few, so the first block is looked at alone; long runs then pass four blocks at a time,
+// well under one comparison per block.
 inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsigned char value) {
     const uint64_t pattern = 0x0101010101010101ull * value;
+    uint64_t w;
+    std::memcpy(&w, from, 8);
+    if (w != pattern) return 0;
     const unsigned long limit = std::min(blocks, kMaxBlocksAtOnce);
-    unsigned long n = 0;
+    unsigned long n = 1;
     for (; n + 4 <= limit; n += 4) {
         uint64_t w0, w1, w2, w3;
         std::memcpy(&w0, from + 8 * n, 8);
@@ -378,52 +522,93 @@ inline unsigned long countBlocksOf(const char* from, unsigned long blocks, unsig
         if (((w0 ^ pattern) | (w1 ^ pattern) | (w2 ^ pattern) | (w3 ^ pattern)) != 0) break;
     }
     for (; n < limit; ++n) {
-        uint64_t w;
         std::memcpy(&w, from + 8 * n, 8);
         if (w != pattern) break;
     }
     return n;
 }
 
-// Codes one block byte by byte. A byte is compared as signed with the run value as
-// unsigned, so a byte of 0x80 or more never continues a run: each 0xFE or 0xFF met here
-// becomes a run of its own. The position test looks at the place in the block, not in
-// the input, and so only matters for an input of exactly 8 bytes.
-inline void codeBlockBytewise(const char* block, unsigned long size, int& runCount, unsigned char& runValueOut,
-                              unsigned char* work, unsigned long& workLen) {
-    // Worked on in locals, so that the state of the run stays in registers.
-    int count = runCount;
-    unsigned char runValue = runValueOut;
-    unsigned char* p = work + workLen;
-    unsigned char code = COMPRESS_INDEX[runValue];
-    for (unsigned long k = 0; k < 8; ++k) {
-        const int byte = static_cast<signed char>(block[k]);
-        const bool ends = byte != static_cast<int>(runValue) || k == size - 1;
-        // A run below 128 pixels is a single pair, written at the end of the code whether
-        // the run ends here or not and kept only when it does: handwriting ends a run every
-        // few bytes, and this keeps the work per byte the same either way. Longer runs are
-        // rare and take the general way, after which nothing is left to write.
-        if (count >= 128 && ends) {
-            p = writeRun(count, code, p);
-            count = 0;
+// The runs that begin and end within a block, by the mask of the bytes that begin a run
+// (bit k for byte k), leaving out the first of those, whose run came into the block: where
+// each begins and its length byte, at most seven.
+struct RunsInBlock {
+    unsigned char count[256];
+    unsigned char start[256][7];
+    unsigned char lengthByte[256][7];
+};
+
+constexpr RunsInBlock kRunsInBlock = [] {
+    RunsInBlock t{};
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        int begun = -1;
+        for (int k = 0; k < 8; ++k) {
+            if (!(mask >> k & 1)) continue;
+            if (begun >= 0) {
+                t.start[mask][t.count[mask]] = static_cast<unsigned char>(begun);
+                t.lengthByte[mask][t.count[mask]] = static_cast<unsigned char>(k - begun - 1);
+                ++t.count[mask];
+            }
+            begun = k;
         }
-        p[0] = code;
-        p[1] = static_cast<unsigned char>(count - 1);
-        p += (ends && count != 0) ? 2 : 0;
-        count = ends ? 1 : count + 1;
-        runValue = ends ? static_cast<unsigned char>(byte) : runValue;
-        code = COMPRESS_INDEX[runValue];
     }
-    workLen = static_cast<unsigned long>(p - work);
-    runCount = count;
-    runValueOut = runValue;
+    return t;
+}();
+
+// The bytes of a block that end the run before them, as a mask (bit k for byte k). A byte
+// is compared as signed with the run value as unsigned, so a byte of 0x80 or more never
+// continues a run: each 0xFE or 0xFF met here becomes a run of its own. The position test
+// looks at the place in the block, not in the input: it holds only for the last byte of an
+// input of exactly 8 bytes, whose last byte is then a run of its own. The block's bytes lie
+// in the word from its low end on (the host is little-endian, as the file is).
+inline unsigned runEnds(uint64_t block, unsigned char runValue, unsigned long size) {
+    constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7Full, kHigh = 0x8080808080808080ull;
+    const uint64_t differs = block ^ ((block << 8) | runValue);  // each byte against the one before
+    uint64_t ends = ((((differs & kLow7) + kLow7) | differs) | block) & kHigh;
+    if (size == 8) ends |= 0x80ull << 56;
+    // The high bit of each byte, gathered into the low eight bits.
+    return static_cast<unsigned>(((ends >> 7) * 0x0102040810204080ull) >> 56);
+}
+
+// Codes one block that the fast step did not take, as the byte-by-byte rules above have it,
+// but by the mask of its run ends: the run that came in is closed, the runs within the block
+// are taken from the table (seven pairs are always written, and kept as far as there are
+// runs, so that no branch depends on their number), and the last run stays open. Writes up
+// to 14 bytes past the pairs it keeps.
+inline unsigned char* codeBlock(const char* block, unsigned long size, int& count, unsigned char& runValue,
+                                unsigned char* out) {
+    uint64_t x;
+    std::memcpy(&x, block, 8);
+    const unsigned ends = runEnds(x, runValue, size);
+    if (ends == 0) {
+        count += 8;
+        return out;
+    }
+    int closing = count + __builtin_ctz(ends);
+    const unsigned char code = COMPRESS_INDEX[runValue];
+    if (closing >= 128) {
+        out = writeRun(closing, code, out);
+    } else {
+        out[0] = code;
+        out[1] = static_cast<unsigned char>(closing - 1);
+        out += closing != 0 ? 2 : 0;
+    }
+    const auto* bytes = reinterpret_cast<const unsigned char*>(block);
+    for (int j = 0; j < 7; ++j) {
+        out[2 * j] = COMPRESS_INDEX[bytes[kRunsInBlock.start[ends][j]]];
+        out[2 * j + 1] = kRunsInBlock.lengthByte[ends][j];
+    }
+    // The last run holds the last byte, whatever came before it.
+    count = 8 - (31 - __builtin_clz(ends));
+    runValue = static_cast<unsigned char>(x >> 56);
+    return out + 2 * kRunsInBlock.count[ends];
 }
 
 }  // namespace
 
 bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsigned long& destLen) {
-    // A badly compressible input needs up to two bytes a pixel, twice the input's size.
-    const unsigned long workSize = size > ULONG_MAX / 4 ? 0 : 2 * size + 2;
+    // A badly compressible input needs up to two bytes a pixel, twice the input's size; a
+    // block's coder writes up to 14 bytes past that.
+    const unsigned long workSize = size > ULONG_MAX / 4 ? 0 : 2 * size + 16;
     std::unique_ptr<unsigned char[]> work(workSize ? new (std::nothrow) unsigned char[workSize] : nullptr);
     if (!work) {
         kwlog::text("compresseDataByRLE oriDestData malloc failed.");
@@ -446,7 +631,7 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
                 workLen = writeWholePairs(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();
             if (same == kMaxBlocksAtOnce || b == blocks) continue;
         }
-        codeBlockBytewise(src + 8 * b, size, count, runValue, work.get(), workLen);
+        workLen = codeBlock(src + 8 * b, size, count, runValue, work.get() + workLen) - work.get();
         ++b;
     }
     workLen = writeRun(count, COMPRESS_INDEX[runValue], work.get() + workLen) - work.get();

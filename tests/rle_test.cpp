@@ -20,7 +20,10 @@ constexpr uint8_t kGuard = 0xA5;
 
 Code pairs(uint8_t code, uint8_t lengthByte, std::size_t times = 1) {
     Code out;
-    for (std::size_t i = 0; i < times; ++i) out.insert(out.end(), {code, lengthByte});
+    for (std::size_t i = 0; i < times; ++i) {
+        out.push_back(code);
+        out.push_back(lengthByte);
+    }
     return out;
 }
 Code operator+(Code a, const Code& b) {
@@ -182,6 +185,55 @@ TEST(UncompresseDataByRle, RunsCodesAndLengthCount) {
     EXPECT_TRUE(all(out, 0, kPictureSize, 0x00));
     EXPECT_EQ(notetest::logged([&] { return uncompresseDataByRLE(nullptr, kPictureSize, nullptr, 2); }),
               Logged(0, "uncompresseDataByRLE srcData nullptr."));
+}
+
+// A decoder written for clarity alone, to hold the fast one to: every run pixel by pixel,
+// skipped codes leave the picture alone, runs are cut at its end. Returns the total.
+std::size_t referenceDecode(const Code& code, Code& out) {
+    std::size_t total = 0;
+    for (std::size_t i = 0; i + 1 < code.size(); i += 2) {
+        const std::size_t n = code[i + 1] < 0x80 ? code[i + 1] + 1u : ((code[i + 1] & 0x7Fu) + 1) * 128;
+        const uint8_t value = code[i] < 0x80 ? uint8_t(UNCOMPRESS_INDEX[code[i]]) : 0xFF;
+        for (std::size_t k = total; k < total + n && k < kPictureSize; ++k)
+            if (value != 0xFF) out[k] = value;
+        total += n;
+    }
+    return total;
+}
+
+// Every run of 1 to 40 pixels of every kind of code (ink, white, the skip code, codes of no
+// pixel value) at every offset within 16 pixels, between a lone skipped pixel and a lone ink
+// pixel; once from the start of the picture and once running past its end. The picture
+// starts with a different byte at every place, so a byte written where it should be left,
+// or left where it should be written, shows.
+TEST(UncompresseDataByRle, AgreesWithAPlainDecoderOnEveryShortRunAtEveryOffset) {
+    Code runs;
+    for (int offset = 0; offset < 16; ++offset)
+        for (int n = 1; n <= 40; ++n)
+            for (const uint8_t code : {0x61, 0x63, 0x65, 0x68, 0x62, 0x00, 0x90})
+                runs = runs + pairs(0x62, 0, offset) + pairs(code, uint8_t(n - 1)) + pairs(0x62, 0) + pairs(0x66, 0);
+    Code scratch(kPictureSize);
+    const std::size_t runPixels = referenceDecode(runs, scratch);
+    // Skipped pixels up to where half the runs still fit.
+    int count = int(kPictureSize - runPixels / 2);
+    Code intoTheEnd(2 * (count >> 14) + 4);
+    unsigned long length = 0;
+    intoTheEnd.resize(unitForRLE(count, 0xFF, intoTheEnd.data(), length));
+    intoTheEnd = intoTheEnd + runs;
+
+    for (const Code& code : {runs, intoTheEnd}) {
+        Code expected(kPictureSize + 64), out;
+        for (std::size_t k = 0; k < expected.size(); ++k) expected[k] = uint8_t(k * 7 + 3);
+        out = expected;
+        const std::size_t total = referenceDecode(code, expected);
+        const Logged r = notetest::logged([&] {
+            return uncompresseDataByRLE(reinterpret_cast<char*>(out.data()), kPictureSize,
+                                        reinterpret_cast<char*>(const_cast<uint8_t*>(code.data())), code.size());
+        });
+        EXPECT_EQ(r, Logged(1, "uncompresseDataByRLE DataLen:" + std::to_string(total)));
+        const auto differ = std::mismatch(expected.begin(), expected.end(), out.begin());
+        EXPECT_TRUE(differ.first == expected.end()) << "first difference at pixel " << differ.first - expected.begin();
+    }
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ TEST(NotetoolOnHostileNotes, FailsInOneLineAndLeavesNoPartialOutput) {
         expectOutcome(run, note);
         EXPECT_EQ(filesIn(dir.path("png")).size(), run.code == 0 ? 1u : 0u);
 
-        run = notetool(dir, {"render", note, "-o", dir.path("pdf/n.pdf"), "-j", "1"});
+        run = notetool(dir, {"render", note, "-o", dir.path("pdf/n.pdf"), "-j", "1", "--strict"});
         expectOutcome(run, note);
         EXPECT_EQ(filesIn(dir.path("pdf")).size(), run.code == 0 ? 1u : 0u);
 

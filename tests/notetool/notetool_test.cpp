@@ -4,62 +4,29 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <png.h>
 
-#include "notefiles.h"
-#include "run_tool.h"
+#include "notetool_run.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using notetest::box;
+using notetest::boxPages;
 using notetest::filesIn;
+using notetest::notetool;
+using notetest::readPng;
 using notetest::ScratchDir;
 using notetest::ToolRun;
 using notewriter::kPictureSize;
 using notewriter::kPictureWidth;
 
-// notetool with args; fileSizeLimit > 0 makes writes beyond that many bytes fail.
-ToolRun notetool(const ScratchDir& dir, std::vector<std::string> args, rlim_t fileSizeLimit = 0) {
-    args.insert(args.begin(), NOTETOOL_PATH);
-    return notetest::runTool(dir.path(""), std::move(args), {fileSizeLimit, 0});
-}
-
-// The PNG as 8-bit RGBA, through libpng's own reader.
-std::vector<uint8_t> readPng(const std::string& path, unsigned& width, unsigned& height) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.c_str())) throw std::runtime_error(image.message);
-    image.format = PNG_FORMAT_RGBA;
-    std::vector<uint8_t> rgba(PNG_IMAGE_SIZE(image));
-    if (!png_image_finish_read(&image, nullptr, rgba.data(), 0, nullptr)) throw std::runtime_error(image.message);
-    width = image.width;
-    height = image.height;
-    return rgba;
-}
-
 std::vector<uint8_t> filled(uint8_t value) { return std::vector<uint8_t>(kPictureSize, value); }
-
-void box(std::vector<uint8_t>& pixels, int x0, int y0, int x1, int y1, uint8_t value) {
-    for (int y = y0; y < y1; ++y)
-        for (int x = x0; x < x1; ++x) pixels[std::size_t(y) * kPictureWidth + x] = value;
-}
 
 notewriter::Page pageWith(std::vector<notewriter::Layer> layers, const std::string& layerSeq = "") {
     notewriter::Page page;
     page.layers = std::move(layers);
     if (!layerSeq.empty()) page.extra = {{"LAYERSEQ", layerSeq}};
     return page;
-}
-
-// Pages each with one ink box, placed by page.
-notewriter::Note notePages(int count) {
-    notewriter::Note note;
-    for (int i = 0; i < count; ++i) {
-        std::vector<uint8_t> ink = filled(0xFF);
-        box(ink, 100, 100 + 20 * i, 400, 110 + 20 * i, 0x00);
-        note.pages.push_back(pageWith({{"MAINLAYER", ink, {}}}));
-    }
-    return note;
 }
 
 // Overlapping boxes on the background, LAYER1 and the main layer. Where they overlap, the
@@ -189,7 +156,7 @@ TEST(NotetoolRender, PngKeepsEveryColumnInPlace) {
 
 TEST(NotetoolRender, PagesAreChosenByIndexNumberAndNamedByIt) {
     ScratchDir dir;
-    const std::string note = dir.write("diary.note", notewriter::buildNote(notePages(12)));
+    const std::string note = dir.write("diary.note", notewriter::buildNote(boxPages(12)));
     ToolRun r = notetool(dir, {"render", note, "-o", dir.path("out"), "--pages", "1,3-4,10,3"});
     ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(filesIn(dir.path("out")),
@@ -206,50 +173,158 @@ TEST(NotetoolRender, PagesAreChosenByIndexNumberAndNamedByIt) {
     EXPECT_EQ(filesIn(dir.path("out")).size(), 4u);
 }
 
-TEST(NotetoolRender, ABrokenLayerIsOneErrorLineAndLeavesNoFile) {
+// "Page size:  W x H pts" of pdfinfo's report, and the whole report.
+std::pair<double, double> pdfPageSize(const ScratchDir& dir, const std::string& pdf, std::string* report = nullptr) {
+    const ToolRun info = notetest::program(dir, {"pdfinfo", pdf});
+    if (report) *report = info.out;
+    double width = 0, height = 0;
+    const std::size_t at = info.out.find("Page size:");
+    if (at != std::string::npos) std::sscanf(info.out.c_str() + at, "Page size: %lf x %lf pts", &width, &height);
+    return {width, height};
+}
+
+// One unreadable page costs that page, not the document: a PDF keeps its place with a
+// blank page, a set of files leaves its file out; --strict writes nothing instead.
+TEST(NotetoolRender, ABrokenPageIsBlankInADocumentAndMissingFromASet) {
     ScratchDir dir;
-    notewriter::Note note = notePages(2);
     notewriter::NoteSites sites;
-    std::string bytes = notewriter::buildNote(note, &sites);
+    std::string bytes = notewriter::buildNote(boxPages(3), &sites);
     // The second page's picture claims to be longer than the file.
     bytes.replace(sites.pages[1].pictures.at("MAINLAYER"), 4, std::string("\xF0\xFF\xFF\x0F", 4));
     const std::string path = dir.write("torn.note", bytes);
+    const std::string broken = "notetool: " + path + ": page 2: layer MAINLAYER: the layer is missing or cannot be read (code 27)";
 
     ToolRun r = notetool(dir, {"render", path, "-o", dir.path("png/")});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "notetool: " + path + ": page 2: layer MAINLAYER cannot be read (code 27)\n");
-    EXPECT_EQ(filesIn(dir.path("png")), std::vector<std::string>{"torn-p1.png"});
+    EXPECT_EQ(r.err, broken + "\n");
+    EXPECT_EQ(filesIn(dir.path("png")), (std::vector<std::string>{"torn-p1.png", "torn-p3.png"}));
 
-    // A PDF is all or nothing.
-    fs::create_directory(dir.path("pdf"));
-    r = notetool(dir, {"render", path, "-o", dir.path("pdf/torn.pdf")});
+    r = notetool(dir, {"render", path, "-o", dir.path("torn.pdf")});
     EXPECT_EQ(r.code, 1);
-    EXPECT_NE(r.err.find("page 2: layer MAINLAYER cannot be read (code 27)"), std::string::npos) << r.err;
-    EXPECT_TRUE(filesIn(dir.path("pdf")).empty());
+    EXPECT_EQ(r.err, broken + "; a blank page in its place\n");
+    std::string report;
+    EXPECT_GT(pdfPageSize(dir, dir.path("torn.pdf"), &report).first, 0);
+    EXPECT_NE(report.find("Pages:           3\n"), std::string::npos) << report;
+
+    r = notetool(dir, {"render", path, "-o", dir.path("strict.pdf"), "--strict"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, broken + "; " + dir.path("strict.pdf") + " not written\n");
+    r = notetool(dir, {"render", path, "-o", dir.path("strict/"), "--strict", "-j", "1"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, broken + "\nnotetool: " + path + ": no page written (--strict)\n");
+    EXPECT_EQ(filesIn(dir.path("")), (std::vector<std::string>{"png", "stderr.txt", "stdout.txt", "strict", "torn.note", "torn.pdf"}));
+    EXPECT_TRUE(filesIn(dir.path("strict")).empty());
+}
+
+// A PDF page is as large as the tablet's page: its pixels at the note's own resolution
+// (DEVICE_DPI, when it is a sane number), else 226 dpi, unless --dpi says otherwise. Files
+// carry the note's name and their maker, and the same note makes the same bytes.
+TEST(NotetoolRender, PagesHaveTheirPhysicalSizeAndTheSameBytesEachTime) {
+    struct Case {
+        std::string deviceDpi;  // empty: no header
+        std::vector<std::string> extra;
+        double dpi;
+    };
+    const std::vector<Case> cases = {{"226", {}, 226}, {"300", {}, 300}, {"crooked", {}, 226}, {"5", {}, 226},
+                                     {"", {}, 226}, {"300", {"--dpi", "100"}, 100}, {"226", {"--scale", "2"}, 113}};
+    ScratchDir dir;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.deviceDpi + (c.extra.empty() ? "" : " " + c.extra[0]));
+        notewriter::Note note = boxPages(1);
+        if (!c.deviceDpi.empty()) note.header = {{"DEVICE_DPI", c.deviceDpi}};
+        const std::string path = dir.write("n.note", notewriter::buildNote(note));
+        std::vector<std::string> args = {"render", path, "-o", dir.path("n.pdf")};
+        args.insert(args.end(), c.extra.begin(), c.extra.end());
+        ASSERT_EQ(notetool(dir, args).code, 0);
+        const auto size = pdfPageSize(dir, dir.path("n.pdf"));
+        EXPECT_NEAR(size.first, 1404 * 72 / c.dpi, 0.01);
+        EXPECT_NEAR(size.second, 1872 * 72 / c.dpi, 0.01);
+    }
+
+    // Page 3 alone is the same file as page 3 among the others, which were written before it
+    // or beside it on another thread.
+    const std::string path = dir.write("n.note", notewriter::buildNote(boxPages(4)));
+    for (const std::string format : {"pdf", "svg", "png"}) {
+        SCOPED_TRACE(format);
+        ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("a/"), "--format", format, "-j", "2"}).code, 0);
+        ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("b/"), "--format", format, "-j", "2"}).code, 0);
+        ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("c/"), "--format", format, "--pages", "3"}).code, 0);
+        for (const std::string& name : filesIn(dir.path("a")))
+            EXPECT_EQ(notetest::readWholeFile(dir.path("a/" + name)), notetest::readWholeFile(dir.path("b/" + name))) << name;
+        if (format != "pdf") {
+            EXPECT_EQ(notetest::readWholeFile(dir.path("c/n-p3." + format)), notetest::readWholeFile(dir.path("a/n-p3." + format)));
+        }
+        for (const char* folder : {"a", "b", "c"}) fs::remove_all(dir.path(folder));
+    }
+    std::string report;
+    ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("n.pdf")}).code, 0);
+    pdfPageSize(dir, dir.path("n.pdf"), &report);
+    EXPECT_NE(report.find("Title:           n\n"), std::string::npos) << report;
+    EXPECT_NE(report.find("Creator:         notetool "), std::string::npos) << report;
+    EXPECT_EQ(report.find("CreationDate:"), std::string::npos) << report;
+    ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+    notetool(dir, {"render", path, "-o", dir.path("n.pdf")});
+    ::unsetenv("SOURCE_DATE_EPOCH");
+    pdfPageSize(dir, dir.path("n.pdf"), &report);
+    EXPECT_NE(report.find("CreationDate:    Tue Nov 14 22:13:20 2023 UTC"), std::string::npos) << report;
+
+    // SVG: the same drawing units, on a page of physical size.
+    ASSERT_EQ(notetool(dir, {"render", path, "--pages", "1", "-o", dir.path("n.svg")}).code, 0);
+    EXPECT_NE(notetest::readWholeFile(dir.path("n.svg")).find("width=\"157.79mm\" height=\"210.39mm\" viewBox=\"0 0 1404 1872\""),
+              std::string::npos);
+}
+
+// With --transparent, the background layer's white is paper and is left out; white written
+// on a layer above it covers what lies below and stays opaque, and so does the ruling.
+TEST(NotetoolRender, TransparentLeavesOutThePaperOfTheBackground) {
+    std::vector<uint8_t> background = filled(0xFE), ink = filled(0xFF);
+    box(background, 0, 100, kPictureWidth, 102, 0x50);
+    box(ink, 250, 60, 280, 140, 0xFE);
+    box(ink, 100, 90, 200, 110, 0x00);
+    notewriter::Note note;
+    note.pages.push_back(pageWith({{"BGLAYER", background, {}}, {"MAINLAYER", ink, {}}}));
+    ScratchDir dir;
+    const std::string path = dir.write("t.note", notewriter::buildNote(note));
+
+    for (const std::string scale : {"1", "1.5"}) {
+        SCOPED_TRACE(scale);
+        ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("t.png"), "--transparent", "--scale", scale}).code, 0);
+        unsigned width = 0, height = 0;
+        const std::vector<uint8_t> rgba = readPng(dir.path("t.png"), width, height);
+        const double s = std::stod(scale);
+        const auto alpha = [&](int x, int y) { return rgba[(std::size_t(y * s) * width + std::size_t(x * s)) * 4 + 3]; };
+        EXPECT_EQ(alpha(10, 10), 0);      // the background's white
+        EXPECT_EQ(alpha(10, 101), 255);   // its ruling
+        EXPECT_EQ(alpha(265, 80), 255);   // white ink above it
+        EXPECT_EQ(alpha(150, 100), 255);  // black ink
+        std::size_t clear = 0;
+        for (std::size_t i = 3; i < rgba.size(); i += 4) clear += rgba[i] == 0;
+        EXPECT_GT(clear, rgba.size() / 4 * 9 / 10);
+    }
 }
 
 TEST(NotetoolRender, AWriteThatFailsHalfWayLeavesNothingBehind) {
     ScratchDir dir;
-    const std::string note = dir.write("n.note", notewriter::buildNote(notePages(1)));
+    const std::string note = dir.write("n.note", notewriter::buildNote(boxPages(1)));
     fs::create_directory(dir.path("out"));
     // Writes past 1000 bytes fail, well inside the page's PNG.
-    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("out/page.png")}, 1000);
+    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("out/page.png")}, {{1000, 0}, "", 0});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err.rfind("notetool: " + dir.path("out/page.png") + ": cannot write: ", 0), 0u) << r.err;
+    EXPECT_EQ(r.err, "notetool: " + note + ": " + dir.path("out/page.png") + ": File too large\n");
     EXPECT_TRUE(filesIn(dir.path("out")).empty());
 }
 
 TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
     ScratchDir dir;
     fs::create_directories(dir.path("in/trip"));
-    dir.write("in/a.note", notewriter::buildNote(notePages(2)));
-    dir.write("in/trip/b.note", notewriter::buildNote(notePages(1)));
+    dir.write("in/a.note", notewriter::buildNote(boxPages(2)));
+    dir.write("in/trip/b.note", notewriter::buildNote(boxPages(1)));
     dir.write("in/trip/bad.note", "not a note at all");
     dir.write("in/readme.txt", "not looked at");
 
     ToolRun r = notetool(dir, {"convert", dir.path("in"), "-o", dir.path("out"), "-j", "2"});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": not a readable note: the index cannot be read (code 17)\n");
+    EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": not a readable note: a read failed, or a block, site or layer name is bad (code 17)\n");
     EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
     EXPECT_EQ(filesIn(dir.path("out")), (std::vector<std::string>{"a-p1.png", "a-p2.png", "trip"}));
     EXPECT_EQ(filesIn(dir.path("out/trip")), std::vector<std::string>{"b-p1.png"});
@@ -257,6 +332,37 @@ TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
     r = notetool(dir, {"convert", dir.path("in/a.note"), dir.path("in/trip"), "-o", dir.path("pdf"), "--format", "pdf"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(filesIn(dir.path("pdf")), (std::vector<std::string>{"a.pdf", "b.pdf"}));
+}
+
+// Sync folders are converted again and again: --update skips a note whose outputs are all
+// there and newer than it. Notes are found whatever the case of their extension.
+TEST(NotetoolConvert, UpdateConvertsOnlyWhatChanged) {
+    ScratchDir dir;
+    fs::create_directories(dir.path("in/sub"));
+    const std::string a = dir.write("in/a.note", notewriter::buildNote(boxPages(2)));
+    dir.write("in/sub/B.NOTE", notewriter::buildNote(boxPages(1)));
+    const std::vector<std::string> convert = {"convert", dir.path("in"), "-o", dir.path("out"), "--update"};
+
+    ToolRun r = notetool(dir, convert);
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
+    EXPECT_EQ(filesIn(dir.path("out/sub")), std::vector<std::string>{"B-p1.png"});
+
+    r = notetool(dir, convert);
+    EXPECT_EQ(r.out.rfind("notetool: converted 0 pages of 0 notes to png", 0), 0u) << r.out;
+    EXPECT_NE(r.out.find("; 2 up to date;"), std::string::npos) << r.out;
+
+    // A note written since, or an output gone, is converted again.
+    fs::last_write_time(a, fs::file_time_type::clock::now() + std::chrono::seconds(5));
+    fs::remove(dir.path("out/sub/B-p1.png"));
+    r = notetool(dir, convert);
+    EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
+    EXPECT_NE(r.out.find("; 0 up to date;"), std::string::npos) << r.out;
+
+    fs::create_directory(dir.path("empty"));
+    r = notetool(dir, {"convert", dir.path("empty"), "-o", dir.path("none")});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out, "notetool: found no notes in " + dir.path("empty") + "\n");
 }
 
 TEST(NotetoolStrokes, PointsAreMappedOntoTheImageWithTheirPressures) {
@@ -267,7 +373,7 @@ TEST(NotetoolStrokes, PointsAreMappedOntoTheImageWithTheirPressures) {
     stroke.m_emrPointAxis = 0;
     stroke.m_points = {{0, 0}, {1403, 0}, {0, 1871}};
     stroke.pressures = {100, 4095, 7};
-    notewriter::Note note = notePages(1);
+    notewriter::Note note = boxPages(1);
     note.pages[0].strokes = {stroke};
     const std::string path = dir.write("s.note", notewriter::buildNote(note));
 
@@ -290,7 +396,7 @@ TEST(NotetoolInfo, JsonCarriesHeaderPagesAndStyles) {
     note.extraIndex = {{"STYLE_grid", "0"}};
     note.pages[0].extra = {{"PAGESTYLE", "grid"}};
     const std::string path = dir.write("i.note", notewriter::buildNote(note));
-    const std::string bare = dir.write("bare.note", notewriter::buildNote(notePages(1)));
+    const std::string bare = dir.write("bare.note", notewriter::buildNote(boxPages(1)));
 
     ToolRun r = notetool(dir, {"info", "--json", path, bare});
     ASSERT_EQ(r.code, 0) << r.err;

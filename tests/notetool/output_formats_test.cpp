@@ -71,10 +71,11 @@ TEST(OutputFormats, EachWriterWritesItsFormatUnderTheTablesNames) {
                                     std::lock_guard<std::mutex> hold(lock);
                                     errors.push_back(message);
                                 },
-                                [&] { ++pagesDone; }};
-        int failed = -1;
-        notetest::captureStdout([&] { failed = renderNote(job, format, DrawingOptions{}, 2, events); });
-        EXPECT_EQ(failed, 0);
+                                [&] { ++pagesDone; }, nullptr};
+        NoteResult result;
+        notetest::captureStdout([&] { result = renderNote(job, format, DrawingOptions{}, 2, events); });
+        EXPECT_EQ(result.written, 2);
+        EXPECT_EQ(result.failed, 0);
         EXPECT_EQ(errors, std::vector<std::string>{});
         EXPECT_EQ(pagesDone, 2);
 

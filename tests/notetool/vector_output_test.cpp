@@ -65,10 +65,17 @@ DrawingOptions drawing(double scale, bool transparent, bool raster) {
     return options;
 }
 
-void writeSvg(const std::string& path, const Picture& page, const DrawingOptions& options) {
-    const auto svg = openSvg(path, options);
-    svg->addPage(page.data());
-    svg->finish();
+using Open = std::unique_ptr<PageWriter> (*)(OutputFile&, const DrawingOptions&, const DocumentInfo&);
+
+// The pages as one file of the format `open` writes, at one point per pixel.
+void write(Open open, const std::string& path, const std::vector<Picture>& pages, const DrawingOptions& options) {
+    DocumentInfo info;
+    info.dpi = 72;
+    OutputFile file(path);
+    const auto writer = open(file, options, info);
+    for (const Picture& page : pages) writer->addPage(page.data());
+    writer->finish();
+    file.commit();
 }
 
 // Runs a command; returns its standard output and error, and its status through status.
@@ -132,9 +139,7 @@ protected:
 
 TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
     const std::vector<Picture> pages = {linesAndBlobs(), colours()};
-    const auto pdf = openPdf(path("note.pdf"), DrawingOptions{});
-    for (const Picture& page : pages) pdf->addPage(page.data());
-    pdf->finish();
+    write(openPdf, path("note.pdf"), pages, DrawingOptions{});
     int status;
     std::string check = run("qpdf --check " + path("note.pdf"), &status);
     EXPECT_EQ(status, 0) << check;
@@ -158,10 +163,7 @@ TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
 
 TEST_F(VectorOutputTest, RasterPdfEmbedsThePictureLosslessly) {
     const Picture page = colours();
-    const auto pdf = openPdf(path("raster.pdf"), drawing(2.0, false, true));
-    pdf->addPage(page.data());
-    pdf->addPage(page.data());
-    pdf->finish();
+    write(openPdf, path("raster.pdf"), {page, page}, drawing(2.0, false, true));
     EXPECT_NE(run("pdfinfo " + path("raster.pdf")).find(" 2808 x 3744 pts"), std::string::npos);
 
     // The image poppler reads out of the file is the picture, and is not to be smoothed.
@@ -175,13 +177,14 @@ TEST_F(VectorOutputTest, RasterPdfEmbedsThePictureLosslessly) {
 
 TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
     const Picture page = colours();
-    writeSvg(path("traced.svg"), page, drawing(1.0, true, false));
-    writeSvg(path("raster.svg"), page, drawing(1.0, true, true));
+    write(openSvg, path("traced.svg"), {page}, drawing(1.0, true, false));
+    write(openSvg, path("raster.svg"), {page}, drawing(1.0, true, true));
     for (const char* name : {"traced", "raster"}) {
         int status;
         std::string lint = run("xmllint --noout " + path(name) + ".svg", &status);
         EXPECT_EQ(status, 0) << lint;
-        run("rsvg-convert -o " + path(name) + ".png " + path(name) + ".svg");
+        // One pixel a page unit, whatever the size on paper.
+        run("rsvg-convert -w 1404 -h 1872 -o " + path(name) + ".png " + path(name) + ".svg");
     }
     // Without paper, nothing drawn is transparent and ink, white ink too, is opaque.
     Difference traced = compare(path("traced.png"), page, true);
@@ -193,11 +196,12 @@ TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
 TEST_F(VectorOutputTest, UnfinishedPdfLeavesNoFile) {
     const Picture page = colours();
     {
-        const auto pdf = openPdf(path("gone.pdf"), DrawingOptions{});
+        OutputFile file(path("gone.pdf"));
+        const auto pdf = openPdf(file, DrawingOptions{}, DocumentInfo{});
         pdf->addPage(page.data());
     }
     EXPECT_TRUE(fs::is_empty(dir_));
-    EXPECT_THROW(openPdf(path("missing/folder.pdf"), DrawingOptions{}), std::runtime_error);
+    EXPECT_THROW(OutputFile(path("missing/folder.pdf")), OutputError);
 }
 
 }  // namespace

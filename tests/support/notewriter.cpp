@@ -239,22 +239,29 @@ PageSites writePage(NoteFile& file, const Page& page) {
 
 }  // namespace
 
-std::string buildNote(const Note& note, NoteSites* sites) {
-    NoteFile file(note.tag);
-    NoteSites out;
-    if (!note.header.empty()) out.header = file.block(note.header);
-    for (const auto& page : note.pages) out.pages.push_back(writePage(file, page));
+NoteBuilder::NoteBuilder(const Items& header, const std::string& tag) : file_(tag), hasHeader_(!header.empty()) {
+    if (hasHeader_) sites_.header = file_.block(header);
+}
 
+void NoteBuilder::addPage(const Page& page) { sites_.pages.push_back(writePage(file_, page)); }
+
+std::string NoteBuilder::finish(int firstPageNumber, const Items& extraIndex, NoteSites* sites) {
     Items index;
-    if (!note.header.empty()) index.emplace_back("FILE_FEATURE", std::to_string(out.header));
-    for (std::size_t i = 0; i < out.pages.size(); ++i)
-        index.emplace_back("PAGE" + std::to_string(note.firstPageNumber + static_cast<int>(i)),
-                           std::to_string(out.pages[i].block));
-    index.insert(index.end(), note.extraIndex.begin(), note.extraIndex.end());
-    out.index = file.block(index);
+    if (hasHeader_) index.emplace_back("FILE_FEATURE", std::to_string(sites_.header));
+    for (std::size_t i = 0; i < sites_.pages.size(); ++i)
+        index.emplace_back("PAGE" + std::to_string(firstPageNumber + static_cast<int>(i)),
+                           std::to_string(sites_.pages[i].block));
+    index.insert(index.end(), extraIndex.begin(), extraIndex.end());
+    sites_.index = file_.block(index);
 
-    if (sites) *sites = out;
-    return file.finish(out.index);
+    if (sites) *sites = sites_;
+    return file_.finish(sites_.index);
+}
+
+std::string buildNote(const Note& note, NoteSites* sites) {
+    NoteBuilder builder(note.header, note.tag);
+    for (const auto& page : note.pages) builder.addPage(page);
+    return builder.finish(note.firstPageNumber, note.extraIndex, sites);
 }
 
 void writeFile(const std::string& path, const std::string& bytes) {

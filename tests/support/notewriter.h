@@ -138,6 +138,21 @@ struct NoteSites {
 
 std::string buildNote(const Note& note, NoteSites* sites = nullptr);
 
+// buildNote a page at a time, for notes too large to hold every page's pictures at once:
+// the header goes first, each page is laid out as it is added, the index last.
+class NoteBuilder {
+public:
+    explicit NoteBuilder(const Items& header = {}, const std::string& tag = kTag);
+    void addPage(const Page& page);
+    // The file: index names are "PAGE" + (firstPageNumber + i), extraIndex follows them.
+    std::string finish(int firstPageNumber = 1, const Items& extraIndex = {}, NoteSites* sites = nullptr);
+
+private:
+    NoteFile file_;
+    NoteSites sites_;
+    bool hasHeader_;
+};
+
 // Writes bytes to path, replacing the file; throws std::runtime_error on failure.
 void writeFile(const std::string& path, const std::string& bytes);
 

@@ -6,11 +6,10 @@
 // so the tool moves its own standard output to a duplicate descriptor once, before any
 // library call, and points descriptor 1 at the log file or at /dev/null.
 
-#include <cstdio>
 #include <stdexcept>
 #include <string>
 
-#include "tool_error.h"
+#include "output_file.h"
 
 namespace notetool {
 
@@ -24,24 +23,33 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Sends the library's log to logPath (appended) or, when it is empty, to nowhere. Throws
-// ToolError when the log file cannot be opened.
+// Sends the library's log to logPath (appended) or, when it is empty, to nowhere; the tool's
+// standard output, OutputFile's "-", is then the original descriptor 1. Throws ToolError
+// when the log file cannot be opened.
 void redirectLibraryLog(const std::string& logPath);
 
-// The tool's standard output (the original descriptor 1).
-std::FILE* toolOut();
+// Writes the text on the tool's standard output; throws OutputError when it cannot.
+void printOut(const std::string& text);
 
 // Prints "notetool: <message>" as one line on standard error; safe from any thread, and
 // keeps a progress bar intact below it.
 void reportError(const std::string& message);
 
-// A one-line progress bar on standard error, drawn only when standard error is a terminal.
+// A one-line progress bar on standard error, drawn only when standard error is a terminal,
+// and never wider than the terminal: parts that do not fit are left out.
 class Progress {
 public:
     explicit Progress(int totalPages);
     ~Progress();  // clears the bar
     void pageDone();
 };
+
+// The terminal changed its size (SIGWINCH): the bar is fitted to it and drawn again.
+void terminalResized();
+
+// The run is ending on a signal: the bar is cleared and one line says so. Returns holding the
+// lock of standard error, so that nothing is drawn after it while the process exits.
+void reportInterrupted(const std::string& signalName);
 
 }  // namespace notetool
 

@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <map>
 
-#include "atomic_file.h"
 #include "commands.h"
 #include "console.h"
+#include "output_file.h"
 
 namespace notetool {
 
@@ -21,8 +21,12 @@ struct Found {
     std::string relativeDir;  // where its output goes under DIR
 };
 
-// Notes under the inputs: a file is taken whatever its name, a folder is searched for
-// *.note files and its structure is kept.
+// The extension that marks a note in a folder, whatever its case (sync tools and other
+// systems write "NOTE").
+bool isNoteName(const fs::path& path) { return equalIgnoringCase(path.extension().string(), ".note"); }
+
+// Notes under the inputs: a file is taken whatever its name, a folder is searched for notes
+// and its structure is kept.
 std::vector<Found> findNotes(const std::vector<std::string>& inputs, int& failed) {
     std::vector<Found> found;
     for (const std::string& input : inputs) {
@@ -31,7 +35,7 @@ std::vector<Found> findNotes(const std::vector<std::string>& inputs, int& failed
             std::vector<Found> inFolder;
             fs::recursive_directory_iterator it(input, fs::directory_options::skip_permission_denied, error), end;
             for (; !error && it != end; it.increment(error)) {
-                if (!it->is_regular_file(error) || it->path().extension() != ".note") continue;
+                if (!it->is_regular_file(error) || !isNoteName(it->path())) continue;
                 const fs::path relative = it->path().lexically_relative(input);
                 inFolder.push_back({it->path().string(), relative.parent_path().string()});
             }
@@ -55,35 +59,56 @@ std::string outputDir(const std::string& root, const std::string& relativeDir) {
     return relativeDir.empty() ? root : (fs::path(root) / relativeDir).string();
 }
 
+// Whether every output of the job exists and was written after the note last changed.
+bool upToDate(const NoteJob& job, const OutputFormat& format) {
+    std::error_code error;
+    const fs::file_time_type changed = fs::last_write_time(job.note, error);
+    if (error) return false;
+    for (const std::string& output : jobOutputs(job, format)) {
+        const fs::file_time_type written = fs::last_write_time(output, error);
+        if (error || written <= changed) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 CLI::App* addConvertOptions(CLI::App& app, ConvertArgs& args) {
     CLI::App* command = app.add_subcommand("convert", "Convert every note in the given files and folders");
     command->footer(
-        "Folders are searched recursively for *.note files and their structure is kept under DIR; files named on "
-        "the command line go to DIR itself. A note becomes DIR/<sub>/<note>.pdf, or one file per page "
-        "DIR/<sub>/<note>-p<N>.png (or .svg). A note that cannot be read is reported and skipped; the others are "
-        "converted, and the exit code is then 1. A progress bar is drawn on standard error when it is a terminal; "
-        "a one-line summary is printed at the end.");
+        "Folders are searched recursively for *.note files (the extension in any case) and their structure is kept "
+        "under DIR; files named on the command line go to DIR itself. A note becomes DIR/<sub>/<note>.pdf, or one "
+        "file per page DIR/<sub>/<note>-p<N>.png (or .svg). A note that cannot be read is reported and skipped; the "
+        "others are converted, and the exit code is then 1. When the disk is full, no further note is started and "
+        "one line says so. A progress bar is drawn on standard error when it is a terminal; a one-line summary is "
+        "printed at the end.");
     command->add_option("INPUT", args.inputs, "Note files and folders")->required();
-    command->add_option("-o,--output", args.out, "Output folder (DIR)")->required();
+    addPathOption(*command, "-o,--output", args.out, "Output folder (DIR)")->required();
+    command->add_flag("--update", args.update,
+                      "Skip a note whose outputs all exist and are newer than it (counted as up to date), as for a "
+                      "folder that is synced and converted again and again");
     addDrawingOptions(*command, args.drawing, nameList(formatNames()) + " (default " + outputFormats().front().name + ")");
     return command;
 }
 
 int runConvert(const ConvertArgs& args) {
     const DrawingOptions options = drawingOptions(args.drawing);
-    const OutputFormat& format = chosenFormat(args.drawing);
+    if (args.out == kStandardOutput || (!isFolderPath(args.out) && formatOfPath(args.out)))
+        throw UsageError("--output " + args.out + ": convert writes a folder (a folder's name ends in /)");
+    const OutputFormat& format = chooseFormat(outputFormats(), args.drawing.format, "", "");
     const auto start = std::chrono::steady_clock::now();
 
     int failedNotes = 0;
+    int upToDateNotes = 0;
     std::vector<NoteJob> jobs;
     std::map<std::string, std::string> claimed;  // output stem -> the note that has it
     int totalPages = 0;
-    for (const Found& found : findNotes(args.inputs, failedNotes)) {
+    const std::vector<Found> found = findNotes(args.inputs, failedNotes);
+    for (const Found& note : found) {
         NoteJob job;
-        job.note = found.note;
-        job.dir = outputDir(args.out, found.relativeDir);
+        job.note = note.note;
+        job.strict = args.drawing.strict;
+        job.dir = outputDir(args.out, note.relativeDir);
         const std::string stem = (fs::path(job.dir) / noteStem(job.note)).string();
         try {
             const auto owner = claimed.emplace(stem, job.note);
@@ -92,6 +117,10 @@ int runConvert(const ConvertArgs& args) {
             if (job.pages.empty()) throw ToolError(job.note + ": the note has no pages");
             job.largestPage = job.pages.back();
             if (!format.filePerPage) job.file = stem + format.extension();
+            if (args.update && upToDate(job, format)) {
+                ++upToDateNotes;
+                continue;
+            }
             makeDirectories(job.dir);
         } catch (const std::exception& e) {
             reportError(e.what());
@@ -101,29 +130,43 @@ int runConvert(const ConvertArgs& args) {
         totalPages += static_cast<int>(job.pages.size());
         jobs.push_back(std::move(job));
     }
+    if (found.empty()) {
+        std::string inputs;
+        for (const std::string& input : args.inputs) inputs += (inputs.empty() ? "" : ", ") + input;
+        printOut("notetool: found no notes in " + inputs + "\n");
+        return failedNotes == 0 ? kExitOk : kExitFailed;
+    }
 
     // Notes are shared out among the workers; when there are fewer notes than workers,
     // each note's pages are split among the rest.
     const int noteWorkers = std::max(1, std::min(args.drawing.workers, static_cast<int>(jobs.size())));
     const int pageWorkers = std::max(1, args.drawing.workers / noteWorkers);
-    std::atomic<int> failedPages{0};
-    std::atomic<int> failedJobs{0};
+    std::atomic<int> pagesWritten{0};
+    std::atomic<int> notesWritten{0};
+    std::atomic<int> notesFailed{0};
+    std::atomic<bool> outOfSpace{false};
     {
         Progress progress(totalPages);
-        const PageEvents events{reportError, [&progress] { progress.pageDone(); }};
+        const PageEvents events{reportError, [&progress] { progress.pageDone(); }, &outOfSpace};
         parallelFor(static_cast<int>(jobs.size()), noteWorkers, [&](int i) {
-            const int failed = renderNote(jobs[static_cast<std::size_t>(i)], format, options, pageWorkers, events);
-            failedPages += failed;
-            if (failed) ++failedJobs;
+            const NoteJob& job = jobs[static_cast<std::size_t>(i)];
+            const NoteResult result = renderNote(job, format, options, pageWorkers, events);
+            pagesWritten += result.written;
+            if (result.failed > 0) ++notesFailed;
+            else if (result.written == static_cast<int>(job.pages.size())) ++notesWritten;
         });
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    const int pagesDone = totalPages - failedPages;
-    const int notesFailed = failedNotes + failedJobs;
-    std::fprintf(toolOut(), "notetool: converted %d pages of %d notes to %s in %.2f s (%.1f pages/s); %d failed\n",
-                 pagesDone, static_cast<int>(jobs.size()) - failedJobs, format.name.c_str(), seconds,
-                 seconds > 0 ? pagesDone / seconds : 0.0, notesFailed);
-    return notesFailed == 0 ? kExitOk : kExitFailed;
+    const int notStarted = static_cast<int>(jobs.size()) - notesWritten - notesFailed;
+    std::string summary = "notetool: converted " + std::to_string(pagesWritten) + " pages of " +
+                          std::to_string(notesWritten) + " notes to " + format.name + " in ";
+    char timing[64];
+    std::snprintf(timing, sizeof timing, "%.2f s (%.1f pages/s)", seconds, seconds > 0 ? pagesWritten / seconds : 0.0);
+    summary += timing;
+    summary += "; " + std::to_string(upToDateNotes) + " up to date; " + std::to_string(failedNotes + notesFailed) + " failed";
+    if (notStarted > 0) summary += "; " + std::to_string(notStarted) + " not converted: the disk is full";
+    printOut(summary + "\n");
+    return failedNotes + notesFailed + notStarted == 0 ? kExitOk : kExitFailed;
 }
 
 }  // namespace notetool

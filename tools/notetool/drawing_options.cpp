@@ -1,11 +1,52 @@
-// The options render and convert share: the output format and how pages are drawn.
+// The options render and convert share: the output format and how pages are drawn, and the
+// checks of their values.
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <sys/stat.h>
 
 #include "commands.h"
+#include "config.h"
 #include "console.h"
 
 namespace notetool {
+
+namespace {
+
+// What a page can be: from a thumbnail to a poster. A larger scale would ask for an image of
+// gigabytes, a smaller one for a page of a few pixels.
+constexpr double kMinScale = 0.05;
+constexpr double kMaxScale = 16;
+// More workers than this gain nothing on any machine and only hold pages in memory.
+constexpr int kMaxWorkers = 256;
+
+std::string shortNumber(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+// The whole text a number from min to max (a whole number when `whole`); "nan", "inf",
+// "2x" and the like are refused, with a message that says what is wanted.
+CLI::Validator numberFrom(double min, double max, bool whole) {
+    const std::string wanted = std::string(whole ? "a whole number" : "a number") + " from " + shortNumber(min) + " to " +
+                               shortNumber(max);
+    return CLI::Validator(
+        [=](std::string& text) -> std::string {
+            char* end = nullptr;
+            errno = 0;
+            const double value = std::strtod(text.c_str(), &end);
+            const bool digits = std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });
+            const bool ok = !text.empty() && *end == '\0' && errno == 0 && value >= min && value <= max && (!whole || digits);
+            return ok ? std::string() : text + " is not " + wanted;
+        },
+        shortNumber(min) + " to " + shortNumber(max));
+}
+
+}  // namespace
 
 std::string nameList(const std::vector<std::string>& names) {
     std::string list;
@@ -13,39 +54,55 @@ std::string nameList(const std::vector<std::string>& names) {
     return list;
 }
 
+CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::string& path, const std::string& help) {
+    return command.add_option(name, path, help)->check(CLI::Validator(
+        [](std::string& text) { return text.empty() ? std::string("the path is empty") : std::string(); }, "PATH"));
+}
+
+bool isFolderPath(const std::string& path) {
+    struct stat st;
+    return (!path.empty() && path.back() == '/') || (::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode));
+}
+
 void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& formatHelp) {
-    command.add_option("--format", args.format, formatHelp)->check(CLI::IsMember(formatNames()));
-    command.add_option("-j,--jobs", args.workers, "Number of workers (default: one per core)")->check(CLI::PositiveNumber);
-    command.add_option("--layers", args.layers,
-                       "Draw only these layers (comma-separated: MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER), "
-                       "still in the page's own order")
-        ->delimiter(',');
+    command.add_option("--format", args.format, formatHelp);
+    command.add_option("-j,--jobs", args.workers, "Number of workers (default: one per core)")
+        ->check(numberFrom(1, kMaxWorkers, true));
+    command.add_option_function<std::string>(
+        "--layers", [&args](const std::string& list) { args.layers = list; },
+        "Draw only these layers, one comma-separated value (MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER), "
+        "still in the page's own order");
     command.add_flag("--no-background", args.noBackground, "Leave out the background layer (BGLAYER)");
     command.add_option("--scale", args.scale, "Scale the page by this factor (default 1: 1404 x 1872 pixels)")
-        ->check(CLI::PositiveNumber);
-    command.add_flag("--transparent", args.transparent, "Leave out the white paper: only ink is opaque");
+        ->check(numberFrom(kMinScale, kMaxScale, false));
+    command.add_option("--dpi", args.dpi,
+                       "Page pixels per inch on paper: the size of PDF and SVG pages, and a PNG's resolution (default: "
+                       "the note's DEVICE_DPI, else 226)")
+        ->check(numberFrom(kMinDpi, kMaxDpi, false));
+    command.add_flag("--transparent", args.transparent,
+                     "Leave out the white paper, and the background layer's white with it: only ink is opaque");
     command.add_flag("--raster", args.raster, "PDF and SVG: embed the page as a lossless image instead of tracing it");
+    command.add_flag("--strict", args.strict,
+                     "All or nothing: write no file of a note that has a page that cannot be read (by default such a "
+                     "page is a blank page in a PDF and a missing file in a set, and the rest is written)");
 }
 
 DrawingOptions drawingOptions(const DrawingArgs& args) {
     DrawingOptions options;
     options.scale = args.scale;
+    options.dpi = args.dpi;
     options.transparent = args.transparent;
     options.raster = args.raster;
+    options.creator = "notetool " NOTETOOL_VERSION;
     options.layers.background = !args.noBackground;
-    for (const std::string& name : args.layers) {
+    if (!args.layers) return options;
+    if (args.layers->empty()) throw UsageError("--layers: the list is empty");
+    for (const std::string& name : split(*args.layers, ",")) {
         if (std::find(kDefaultLayerOrder.begin(), kDefaultLayerOrder.end(), name) == kDefaultLayerOrder.end())
             throw UsageError("--layers: unknown layer " + name + " (known: MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER)");
         options.layers.only.insert(name);
     }
     return options;
-}
-
-const OutputFormat& chosenFormat(const DrawingArgs& args, const OutputFormat* fallback) {
-    if (args.format.empty()) return fallback ? *fallback : outputFormats().front();
-    const OutputFormat* named = formatNamed(args.format);
-    if (!named) throw UsageError("--format: " + args.format + " is none of " + nameList(formatNames()));
-    return *named;
 }
 
 }  // namespace notetool

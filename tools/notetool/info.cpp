@@ -1,7 +1,6 @@
 // notetool info: what a note holds, as text or JSON.
 
 #include <algorithm>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -16,34 +15,26 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// The header module, found through the index's "FILE_FEATURE" entry; null when the note has
-// none. Keys are the file's own, values numbers or text as the header module types them.
-ordered_json readHeader(const std::string& path, KwFileIndexModule& index) {
-    const std::vector<unsigned long> sites = index.fetchModuleSiteForFileIndex("FILE_FEATURE");
-    if (sites.empty()) return nullptr;
-    FILE* fp = std::fopen(path.c_str(), "rb");
-    if (!fp) throw ToolError(path + ": " + std::strerror(errno));
-    std::vector<ModuleItem> items;
-    const bool read = readModuleItemFromFile(fp, items, sites.front());
-    flushfsyncfclose(fp, false, false, true);
-    if (!read) throw ToolError(path + ": the header module cannot be read");
-    KwFileFeatureModule header;
-    header.setInfoOfModuleFile(items);
-    return ordered_json{{"MODULE_LABEL", header.moduleLabel},
-                        {"FILE_TYPE", header.fileType},
-                        {"APPLY_EQUIPMENT", header.applyEquipment},
-                        {"FINALOPERATION_PAGE", header.finalOperationPage},
-                        {"FINALOPERATION_LAYER", header.finalOperationLayer},
-                        {"ORIGINAL_STYLE", header.originalStyle},
-                        {"ORIGINAL_STYLEMD5", header.originalStyleMd5},
-                        {"DEVICE_DPI", header.deviceDpi},
-                        {"SOFT_DPI", header.softDpi},
-                        {"FILE_PARSE_TYPE", header.fileParseType},
-                        {"MORVA_ETMD", header.etmd},
-                        {"APP_VERSION", header.appVersion},
-                        {"FILE_ID", header.fileId},
-                        {"FILE_RECOGN_TYPE", header.fileRecognType},
-                        {"FILE_RECOGN_LANGUAGE", header.fileRecognLanguage}};
+// The header's fields by file key, values numbers or text as the header module types them;
+// null when the note has none.
+ordered_json headerJson(const std::string& path) {
+    const std::optional<KwFileFeatureModule> header = readNoteHeader(path);
+    if (!header) return nullptr;
+    return ordered_json{{"MODULE_LABEL", header->moduleLabel},
+                        {"FILE_TYPE", header->fileType},
+                        {"APPLY_EQUIPMENT", header->applyEquipment},
+                        {"FINALOPERATION_PAGE", header->finalOperationPage},
+                        {"FINALOPERATION_LAYER", header->finalOperationLayer},
+                        {"ORIGINAL_STYLE", header->originalStyle},
+                        {"ORIGINAL_STYLEMD5", header->originalStyleMd5},
+                        {"DEVICE_DPI", header->deviceDpi},
+                        {"SOFT_DPI", header->softDpi},
+                        {"FILE_PARSE_TYPE", header->fileParseType},
+                        {"MORVA_ETMD", header->etmd},
+                        {"APP_VERSION", header->appVersion},
+                        {"FILE_ID", header->fileId},
+                        {"FILE_RECOGN_TYPE", header->fileRecognType},
+                        {"FILE_RECOGN_LANGUAGE", header->fileRecognLanguage}};
 }
 
 // One page: the layers present (top first, as the page lists them), the stroke count from
@@ -55,8 +46,7 @@ ordered_json readPage(KwFileProcess& file, int number) {
     flags.totalPath = flags.totalPathHead = true;
     KwPageFeatureModule page;
     const int status = file.fetchPageFeature(page, number, flags);
-    if (status != 0)
-        throw ToolError(file.filePath + ": page " + std::to_string(number) + ": cannot be read (code " + std::to_string(status) + ")");
+    if (status != 0) throw ToolError(file.filePath + ": page " + std::to_string(number) + ": " + statusReason(status));
     std::vector<std::string> layers = drawingOrder(page, LayerSelection());
     std::reverse(layers.begin(), layers.end());
     return ordered_json{{"number", number},
@@ -69,11 +59,8 @@ ordered_json readPage(KwFileProcess& file, int number) {
 ordered_json describeNote(const std::string& path, bool& failed) {
     KwFileProcess file;
     KwFileIndexModule index;
-    if (!file.init_datafile(path)) throw ToolError(path + ": " + std::strerror(errno));
-    const int status = file.fetchIndex(index);
-    if (status != 0) throw ToolError(path + ": not a readable note: the index cannot be read (code " + std::to_string(status) + ")");
-
-    ordered_json note{{"file", path}, {"header", readHeader(path, index)}, {"pageCount", index.getTotalPageNum()}};
+    readIndex(file, index, path);
+    ordered_json note{{"file", path}, {"header", headerJson(path)}, {"pageCount", index.getTotalPageNum()}};
     ordered_json styles = ordered_json::array();
     for (const ModuleKwIndexItem& entry : index.vecModuleIndex)
         if (entry.name.compare(0, 6, "STYLE_") == 0) styles.push_back(entry.name.substr(6));
@@ -93,25 +80,24 @@ ordered_json describeNote(const std::string& path, bool& failed) {
 
 std::string text(const ordered_json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
 
-void printText(std::FILE* out, const ordered_json& note) {
-    std::fprintf(out, "%s\n  pages: %s\n", note["file"].get<std::string>().c_str(), text(note["pageCount"]).c_str());
+std::string noteText(const ordered_json& note) {
+    std::string out = note["file"].get<std::string>() + "\n  pages: " + text(note["pageCount"]) + "\n";
     if (note["header"].is_null()) {
-        std::fprintf(out, "  header: none\n");
+        out += "  header: none\n";
     } else {
-        std::fprintf(out, "  header:\n");
-        for (const auto& field : note["header"].items())
-            std::fprintf(out, "    %s: %s\n", field.key().c_str(), text(field.value()).c_str());
+        out += "  header:\n";
+        for (const auto& field : note["header"].items()) out += "    " + field.key() + ": " + text(field.value()) + "\n";
     }
     std::string styles;
     for (const auto& style : note["styles"]) styles += (styles.empty() ? "" : ", ") + style.get<std::string>();
-    std::fprintf(out, "  styles: %s\n", styles.empty() ? "none" : styles.c_str());
+    out += "  styles: " + (styles.empty() ? std::string("none") : styles) + "\n";
     for (const auto& page : note["pages"]) {
         std::string layers;
         for (const auto& layer : page["layers"]) layers += (layers.empty() ? "" : " ") + layer.get<std::string>();
-        std::fprintf(out, "  page %d: layers %s; strokes %s; style %s\n", page["number"].get<int>(),
-                     layers.empty() ? "none" : layers.c_str(), text(page["strokes"]).c_str(),
-                     page["style"].get<std::string>().c_str());
+        out += "  page " + std::to_string(page["number"].get<int>()) + ": layers " + (layers.empty() ? "none" : layers) +
+               "; strokes " + text(page["strokes"]) + "; style " + page["style"].get<std::string>() + "\n";
     }
+    return out;
 }
 
 }  // namespace
@@ -139,10 +125,12 @@ int runInfo(const InfoArgs& args) {
             failed = true;
         }
     }
+    std::string out;
     if (args.json)
-        std::fprintf(toolOut(), "%s\n", ordered_json{{"notes", notes}}.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+        out = ordered_json{{"notes", notes}}.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
     else
-        for (const auto& note : notes) printText(toolOut(), note);
+        for (const auto& note : notes) out += noteText(note);
+    printOut(out);
     return failed ? kExitFailed : kExitOk;
 }
 

@@ -8,12 +8,15 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
 #include "console.h"
+#include "interrupts.h"
+#include "status.h"
 
 namespace {
 
@@ -23,11 +26,35 @@ const char* const kDescription =
     "and for whole folders at once.";
 
 const char* const kFooter =
-    "Exit codes: 0 all done; 1 some inputs failed (each failure is one line on standard error, "
-    "\"notetool: FILE: ...\"); 2 usage error.\n"
+    "Exit codes: 0 all done; 1 some inputs failed or an output could not be written (each failure is one line on "
+    "standard error, \"notetool: NOTE: OUTPUT: ...\"); 2 usage error, before anything is written; 128 + N when "
+    "signal N ended the run (130 for Ctrl-C, 143 for SIGTERM, 129 for SIGHUP), which then removes its temporary "
+    "files and ends the progress line.\n"
     "libNote writes its own log while it reads; notetool sends that log to the file given by --log "
     "(appended), or discards it, so that its own output stays clean. Output files are written under a "
-    "temporary name and renamed once complete, so a failure never leaves a half-written file.";
+    "temporary name and renamed once complete, so a failure never leaves a half-written file. An output "
+    "that exists and is not a regular file (a device, a FIFO) is written to, never replaced; a symbolic link is "
+    "followed. -o - is standard output. Every write is checked, the last one on closing standard output too; "
+    "when the disk is full, a run stops after one line that says so.\n"
+    "A failure of libNote carries its code with the reason in words, from the table below.";
+
+// The codes of libNote that an error line can carry, with their reasons, from the library's
+// own table of them.
+std::vector<std::pair<int, const char*>> statusReasons() {
+    std::vector<std::pair<int, const char*>> reasons;
+    for (int code = 1; code < 64; ++code)
+        if (const char* text = status::statusText(code)) reasons.emplace_back(code, text);
+    return reasons;
+}
+
+std::string footer() {
+    std::string text = kFooter;
+    for (const auto& [code, reason] : statusReasons()) {
+        const std::string number = std::to_string(code);
+        text += "\n  " + std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + "  " + reason;
+    }
+    return text;
+}
 
 // troff text: a backslash, a hyphen or a leading dot means something to the formatter.
 std::string roff(const std::string& text) {
@@ -69,7 +96,31 @@ std::string manPage(const CLI::App& app) {
         manOptions(man, *command);
     }
     man << ".SH EXIT STATUS AND OUTPUT\n" << roff(kFooter);
+    for (const auto& [code, reason] : statusReasons()) man << ".TP\n.B " << code << "\n" << roff(reason);
     return man.str();
+}
+
+// Messages name an option by its first long name ("--output: the path is empty"); the user
+// may have typed another of its names ("-o"), which the message then takes. The last use
+// counts, as it is the one whose value the option keeps.
+std::string namedAsTyped(const std::string& message, const CLI::App& app, int argc, char** argv) {
+    const std::size_t end = std::min(message.find(' '), message.find(':'));
+    const std::string canonical = message.substr(0, end);
+    if (canonical.rfind("--", 0) != 0 || end == std::string::npos) return message;
+    std::vector<const CLI::App*> commands = app.get_subcommands({});
+    commands.push_back(&app);
+    for (const CLI::App* command : commands)
+        for (const CLI::Option* option : command->get_options()) {
+            if (option->get_name() != canonical) continue;
+            for (int i = argc - 1; i > 0; --i) {
+                const std::string typed = argv[i];
+                for (const std::string& name : option->get_snames())
+                    if (typed.rfind("-" + name, 0) == 0) return "-" + name + message.substr(end);
+                for (const std::string& name : option->get_lnames())
+                    if (typed == "--" + name || typed.rfind("--" + name + "=", 0) == 0) return "--" + name + message.substr(end);
+            }
+        }
+    return message;
 }
 
 struct Command {
@@ -81,12 +132,13 @@ struct Command {
 
 int main(int argc, char** argv) {
     using namespace notetool;
+    handleSignals();
     // A write past a file-size limit should fail like any other write (and the temporary
     // file be removed), not kill the process.
     std::signal(SIGXFSZ, SIG_IGN);
 
     CLI::App app(kDescription, "notetool");
-    app.footer(kFooter);
+    app.footer(footer());
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
     std::string logPath;
@@ -111,15 +163,11 @@ int main(int argc, char** argv) {
     } catch (const CLI::Success& e) {
         return app.exit(e);  // --help, --version
     } catch (const CLI::ParseError& e) {
-        std::fprintf(stderr, "notetool: %s\nRun with --help for more information.\n", e.what());
+        std::fprintf(stderr, "notetool: %s\n", namedAsTyped(e.what(), app, argc, argv).c_str());
         return kExitUsage;
     }
-    if (man) {
-        std::fputs(manPage(app).c_str(), stdout);
-        return kExitOk;
-    }
     const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
-    if (chosen == commands.end()) {
+    if (!man && chosen == commands.end()) {
         std::vector<std::string> names;
         for (const Command& command : commands) names.push_back(command.app->get_name());
         std::fprintf(stderr, "notetool: a command is required: %s\nRun with --help for more information.\n",
@@ -129,15 +177,24 @@ int main(int argc, char** argv) {
 
     int code = kExitOk;
     try {
-        redirectLibraryLog(logPath);
-        code = chosen->run();
+        if (man) {
+            printOut(manPage(app));
+        } else {
+            redirectLibraryLog(logPath);
+            code = chosen->run();
+        }
     } catch (const UsageError& e) {
-        reportError(e.what());
+        reportError(namedAsTyped(e.what(), app, argc, argv));
         code = kExitUsage;
     } catch (const std::exception& e) {
         reportError(e.what());
         code = kExitFailed;
     }
-    std::fflush(toolOut());
+    try {
+        closeStandardOutput();
+    } catch (const OutputError& e) {
+        reportError(e.what());
+        code = kExitFailed;
+    }
     return code;
 }

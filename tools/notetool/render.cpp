@@ -1,22 +1,11 @@
 // notetool render: one note's pages, as files of one format.
 
-#include <sys/stat.h>
-
-#include "atomic_file.h"
 #include "commands.h"
 #include "console.h"
+#include "output_file.h"
 #include "page_selection.h"
 
 namespace notetool {
-
-namespace {
-
-bool isDirectory(const std::string& path) {
-    struct stat st;
-    return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
-}  // namespace
 
 CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args) {
     CLI::App* command = app.add_subcommand("render", "Draw pages as the tablet shows them, as PNG, PDF or SVG");
@@ -25,36 +14,51 @@ CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args) {
         "A page whose LAYERSEQ lists layers (comma-separated, top first, e.g. MAINLAYER,LAYER1,BGLAYER) is drawn "
         "in that order, and layers it does not list are left out; LAYERSEQ \"nolayer\" means the default order.\n"
         "OUT is a file for a PDF or for a single page, a folder otherwise, where pages are named "
-        "<note>-p<N>.<ext>, N zero-padded to the width of the largest page number. Without --format the format "
-        "is taken from OUT's extension (.png, .pdf, .svg), else PNG.");
-    command->add_option("FILE", args.note, "The note file")->required();
-    command->add_option("-o,--output", args.out, "Output file or folder (OUT)")->required();
-    command->add_option("--pages", args.pages, "Pages to draw, by the index's numbers, e.g. 1,3-5 (default: all)");
+        "<note>-p<N>.<ext>, N zero-padded to the width of the largest page number. A folder is one that exists or "
+        "a name that ends in /. Without --format the format is taken from OUT's extension (.png, .pdf, .svg, in "
+        "any case), else PNG; an extension that is none of these, or that --format contradicts, is a usage error. "
+        "-o - writes a PDF, or a single page, to standard output.\n"
+        "PDF pages have their size on paper: 1404 x 1872 pixels at the note's DEVICE_DPI when it is a number from "
+        "50 to 2400, else at 226 dpi (about 6.2 x 8.3 inches), or at --dpi, times --scale. SVG pages get the same "
+        "size in millimetres. The same note and options give the same bytes; a PDF carries a creation date only "
+        "when SOURCE_DATE_EPOCH is set.");
+    addPathOption(*command, "FILE", args.note, "The note file")->required();
+    addPathOption(*command, "-o,--output", args.out, "Output file or folder (OUT), or - for standard output")->required();
+    command->add_option_function<std::string>(
+        "--pages", [&args](const std::string& list) { args.pages = list; },
+        "Pages to draw, by the index's numbers, e.g. 1,3-5 (default: all)");
     addDrawingOptions(*command, args.drawing, nameList(formatNames()));
     return command;
 }
 
 int runRender(const RenderArgs& args) {
     const DrawingOptions options = drawingOptions(args.drawing);
-    const OutputFormat& format = chosenFormat(args.drawing, formatOfPath(args.out));
+    const bool outIsFolder = args.out != kStandardOutput && isFolderPath(args.out);
+    const OutputFormat& format =
+        chooseFormat(outputFormats(), args.drawing.format, args.out, " (a folder's name ends in /)");
 
     NoteJob job;
     job.note = args.note;
+    job.strict = args.drawing.strict;
     const std::vector<int> notePageList = notePages(job.note);
     if (notePageList.empty()) throw ToolError(job.note + ": the note has no pages");
-    job.pages = selectPages(args.pages, notePageList);
+    job.pages = args.pages ? selectPages(*args.pages, notePageList, "--pages") : notePageList;
     job.largestPage = notePageList.back();
 
-    const bool outIsFolder = isDirectory(args.out) || args.out.back() == '/';
+    if (args.out == kStandardOutput && format.filePerPage && job.pages.size() > 1)
+        throw UsageError("--output -: " + format.name + " writes a file per page; choose one page with --pages");
     if (!format.filePerPage && outIsFolder)
         job.file = joinPath(args.out, noteStem(job.note) + format.extension());
     else if ((!format.filePerPage || job.pages.size() == 1) && !outIsFolder)
         job.file = args.out;
     else
         job.dir = args.out;
-    const std::size_t slash = job.file.rfind('/');
-    makeDirectories(!job.dir.empty() ? job.dir : slash == std::string::npos ? "." : job.file.substr(0, slash + 1));
-    return renderNote(job, format, options, args.drawing.workers, {reportError, {}}) == 0 ? kExitOk : kExitFailed;
+    if (job.file != kStandardOutput) {
+        const std::size_t slash = job.file.rfind('/');
+        makeDirectories(!job.dir.empty() ? job.dir : slash == std::string::npos ? "." : job.file.substr(0, slash + 1));
+    }
+    const NoteResult result = renderNote(job, format, options, args.drawing.workers, {reportError, {}, nullptr});
+    return result.failed == 0 && result.written == static_cast<int>(job.pages.size()) ? kExitOk : kExitFailed;
 }
 
 }  // namespace notetool

@@ -5,11 +5,11 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "atomic_file.h"
 #include "commands.h"
 #include "config.h"
 #include "console.h"
 #include "kwdataload.h"
+#include "output_file.h"
 #include "page_selection.h"
 
 namespace notetool {
@@ -65,24 +65,18 @@ std::string strokesSvg(const MappedPage& mapped) {
     return svg.str();
 }
 
-// The formats strokes are written in; the first is the default, the one an empty name means.
+// The formats strokes are written in; the first is the default.
 struct StrokeFormat {
     std::string name;
+    std::vector<std::string> extensions;  // that choose it in an output's name
     std::string (*text)(const MappedPage& mapped);
 };
-const std::vector<StrokeFormat> kStrokeFormats = {{"json", &strokesJson}, {"svg", &strokesSvg}};
+const std::vector<StrokeFormat> kStrokeFormats = {{"json", {".json"}, &strokesJson}, {"svg", {".svg"}, &strokesSvg}};
 
 std::vector<std::string> strokeFormatNames() {
     std::vector<std::string> names;
     for (const StrokeFormat& format : kStrokeFormats) names.push_back(format.name);
     return names;
-}
-
-const StrokeFormat& strokeFormat(const std::string& name) {
-    if (name.empty()) return kStrokeFormats.front();
-    for (const StrokeFormat& format : kStrokeFormats)
-        if (format.name == name) return format;
-    throw UsageError("--format: " + name + " is none of " + nameList(strokeFormatNames()));
 }
 
 void parseSize(const std::string& size, int& width, int& height) {
@@ -102,21 +96,21 @@ CLI::App* addStrokesOptions(CLI::App& app, StrokesArgs& args) {
         "point, with the pen pressure of each. JSON: {\"file\", \"page\", \"width\", \"height\", \"strokes\": "
         "[{\"points\": [[x, y], ...], \"pressures\": [...]}]}. SVG: one polyline per stroke, its pressures in "
         "data-pressures.");
-    command->add_option("FILE", args.note, "The note file")->required();
+    addPathOption(*command, "FILE", args.note, "The note file")->required();
     command->add_option("--page", args.page, "The page, by the index's number")->required();
     command->add_option("--size", args.size, "Image size WIDTHxHEIGHT (default 1404x1872)");
     command->add_option("--format", args.format,
-                        nameList(strokeFormatNames()) + " (default " + kStrokeFormats.front().name + ")")
-        ->check(CLI::IsMember(strokeFormatNames()));
-    command->add_option("-o,--output", args.out, "Write to this file instead of standard output");
+                        nameList(strokeFormatNames()) + " (default: by the extension of the output, else " +
+                            kStrokeFormats.front().name + ")");
+    addPathOption(*command, "-o,--output", args.out, "Write to this file (default -: standard output)");
     return command;
 }
 
 int runStrokes(const StrokesArgs& args) {
-    const StrokeFormat& format = strokeFormat(args.format);
+    const StrokeFormat& format = chooseFormat(kStrokeFormats, args.format, args.out, "");
     MappedPage mapped{args.note, args.page, 0, 0, {}};
     parseSize(args.size, mapped.width, mapped.height);
-    selectPages(std::to_string(args.page), notePages(args.note));  // a page not in the note is a usage error
+    selectPages(std::to_string(args.page), notePages(args.note), "--page");  // a page not in the note is a usage error
 
     std::vector<TrailContainer> trails;
     int status = 0;
@@ -128,8 +122,7 @@ int runStrokes(const StrokesArgs& args) {
                         ": strokes cannot be read (a stroke has a negative count)");
     }
     if (status != 0)
-        throw ToolError(args.note + ": page " + std::to_string(args.page) + ": strokes cannot be read (code " +
-                        std::to_string(status) + ")");
+        throw ToolError(args.note + ": page " + std::to_string(args.page) + ": strokes: " + statusReason(status));
     for (const TrailContainer& trail : trails) {
         MappedStroke stroke{{}, &trail.pressures};
         // Onto the last pixel index, so that a point at the digitizer's edge stays on the image.
@@ -137,12 +130,12 @@ int runStrokes(const StrokesArgs& args) {
         mapped.strokes.push_back(std::move(stroke));
     }
     const std::string text = format.text(mapped);
-    if (args.out.empty()) {
-        std::fwrite(text.data(), 1, text.size(), toolOut());
-    } else {
-        AtomicFile file(args.out);
+    try {
+        OutputFile file(args.out);
         file.write(text.data(), text.size());
         file.commit();
+    } catch (const OutputError& e) {
+        throw ToolError(args.note + ": " + e.what());
     }
     return kExitOk;
 }

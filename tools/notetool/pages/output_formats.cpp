@@ -10,10 +10,9 @@ namespace notetool {
 
 namespace {
 
-bool endsWithIgnoringCase(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() &&
-           std::equal(end.begin(), end.end(), text.end() - static_cast<std::ptrdiff_t>(end.size()),
-                      [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
+std::string lastName(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 }  // namespace
@@ -41,18 +40,28 @@ const OutputFormat* formatNamed(const std::string& name) {
 }
 
 const OutputFormat* formatOfPath(const std::string& path) {
+    const std::string extension = extensionOf(path);
     for (const OutputFormat& format : outputFormats())
-        for (const std::string& extension : format.extensions)
-            if (path.size() > extension.size() && endsWithIgnoringCase(path, extension)) return &format;
+        for (const std::string& known : format.extensions)
+            if (equalIgnoringCase(extension, known)) return &format;
     return nullptr;
 }
 
-std::string noteStem(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+std::string extensionOf(const std::string& path) {
+    const std::string name = lastName(path);
     const std::size_t dot = name.rfind('.');
-    if (dot != std::string::npos && dot > 0) name.erase(dot);
-    return name;
+    return dot == std::string::npos || dot == 0 ? "" : name.substr(dot);
+}
+
+bool equalIgnoringCase(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](unsigned char x, unsigned char y) {
+               return std::tolower(x) == std::tolower(y);
+           });
+}
+
+std::string noteStem(const std::string& path) {
+    const std::string name = lastName(path);
+    return name.substr(0, name.size() - extensionOf(name).size());
 }
 
 std::string pageFileName(const std::string& noteStem, int page, int largestPage, const OutputFormat& format) {

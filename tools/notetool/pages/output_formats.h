@@ -16,7 +16,7 @@ struct OutputFormat {
     std::string name;                     // as --format takes it
     std::vector<std::string> extensions;  // that choose it in a file name; the first names its files
     bool filePerPage;                     // each page a file of its own, or all pages one document
-    std::unique_ptr<PageWriter> (*open)(const std::string& path, const DrawingOptions& options);
+    std::unique_ptr<PageWriter> (*open)(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info);
 
     const std::string& extension() const { return extensions.front(); }
 };
@@ -33,6 +33,13 @@ const OutputFormat* formatNamed(const std::string& name);
 // The format whose extension ends the path, whatever its case ("out/NOTE.PDF"), or nullptr.
 // An extension alone is no file name: ".pdf" chooses nothing.
 const OutputFormat* formatOfPath(const std::string& path);
+
+// The extension of the path's last name (".pdf" of "out/a.pdf"), or "" when it has none.
+// A name that starts with its only dot (".config") has none.
+std::string extensionOf(const std::string& path);
+
+// Whether the two texts are equal whatever the case of their letters.
+bool equalIgnoringCase(const std::string& a, const std::string& b);
 
 // The file name without its folder and without its last extension: "a/b/x.note" -> "x".
 std::string noteStem(const std::string& path);

@@ -1,13 +1,16 @@
 #include "page_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <exception>
+#include <sys/stat.h>
 
 #include "config.h"
 #include "kwdatafile.h"
 #include "kwdataload.h"
 #include "palette.h"
+#include "status.h"
 #include "tool_error.h"
 
 namespace notetool {
@@ -33,14 +36,50 @@ std::string pageError(const std::string& path, int page, const std::string& what
     return path + ": page " + std::to_string(page) + ": " + what;
 }
 
+// Binds the library's reader to the note. Notes are read out of order, so only a regular
+// file will do: a FIFO would make the reader wait forever. The system's reason is given
+// only when the failing call set one.
+void openNote(KwFileProcess& file, const std::string& path) {
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0) throw ToolError(path + ": " + std::strerror(errno));
+    if (S_ISDIR(st.st_mode)) throw ToolError(path + ": " + std::strerror(EISDIR));
+    if (!S_ISREG(st.st_mode)) throw ToolError(path + ": not a regular file, which a note must be");
+    errno = 0;
+    if (!file.init_datafile(path)) throw ToolError(path + ": " + (errno ? std::strerror(errno) : "the note cannot be opened"));
+}
+
+// Decodes the layer over the page as composePage describes. The background, drawn without
+// paper, goes to a page of its own first, which then takes all but its white.
+void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std::string& layer, bool withoutPaper,
+               uint8_t* pixels) {
+    const bool paperLeftOut = withoutPaper && layer == "BGLAYER";
+    thread_local std::vector<uint8_t> background;
+    if (paperLeftOut) background.assign(kPagePixels, kNothing);
+    uint8_t* target = paperLeftOut ? background.data() : pixels;
+    const int status = loader.fetchNoteDataFromFileByLayer(path, page, layer, reinterpret_cast<char*>(target));
+    if (status != 0) throw ToolError(pageError(path, page, "layer " + layer + ": " + statusReason(status)));
+    if (!paperLeftOut) return;
+    for (std::size_t i = 0; i < kPagePixels; ++i)
+        if (background[i] != kNothing && background[i] != kWhiteInk) pixels[i] = background[i];
+}
+
 }  // namespace
+
+std::string statusReason(int code) {
+    const char* text = status::statusText(code);
+    return std::string(text ? text : "an unknown failure") + " (code " + std::to_string(code) + ")";
+}
+
+void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path) {
+    openNote(file, path);
+    const int status = file.fetchIndex(index);
+    if (status != 0) throw ToolError(path + ": not a readable note: " + statusReason(status));
+}
 
 std::vector<int> notePages(const std::string& path) {
     KwFileProcess file;
     KwFileIndexModule index;
-    if (!file.init_datafile(path)) throw ToolError(path + ": " + std::strerror(errno));
-    const int status = file.fetchIndex(index);
-    if (status != 0) throw ToolError(path + ": not a readable note: the index cannot be read (code " + std::to_string(status) + ")");
+    readIndex(file, index, path);
     std::vector<int> pages;
     try {
         pages = index.fetchPagesNum();
@@ -53,15 +92,32 @@ std::vector<int> notePages(const std::string& path) {
     return pages;
 }
 
+std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
+    KwFileProcess file;
+    KwFileIndexModule index;
+    readIndex(file, index, path);
+    const std::vector<unsigned long> sites = index.fetchModuleSiteForFileIndex("FILE_FEATURE");
+    if (sites.empty()) return std::nullopt;
+    FILE* fp = std::fopen(path.c_str(), "rb");
+    if (!fp) throw ToolError(path + ": " + std::strerror(errno));
+    std::vector<ModuleItem> items;
+    const bool read = readModuleItemFromFile(fp, items, sites.front());
+    flushfsyncfclose(fp, false, false, true);
+    if (!read) throw ToolError(path + ": the header module cannot be read");
+    KwFileFeatureModule header;
+    header.setInfoOfModuleFile(items);
+    return header;
+}
+
 KwPageFeatureModule readPageLayers(const std::string& path, int page) {
     PageFeatureReadFlag flags;
     flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
     flags.layerSeq = flags.pageStyle = true;
     KwFileProcess file;
     KwPageFeatureModule module;
-    if (!file.init_datafile(path)) throw ToolError(path + ": " + std::strerror(errno));
+    openNote(file, path);
     const int status = file.fetchPageFeature(module, page, flags);
-    if (status != 0) throw ToolError(pageError(path, page, "cannot be read (code " + std::to_string(status) + ")"));
+    if (status != 0) throw ToolError(pageError(path, page, statusReason(status)));
     return module;
 }
 
@@ -80,15 +136,11 @@ std::vector<std::string> drawingOrder(const KwPageFeatureModule& page, const Lay
     return order;
 }
 
-void composePage(const std::string& path, int page, const LayerSelection& selection, uint8_t* pixels) {
+void composePage(const std::string& path, int page, const LayerSelection& selection, bool withoutPaper, uint8_t* pixels) {
     const std::vector<std::string> order = drawingOrder(readPageLayers(path, page), selection);
     std::memset(pixels, kNothing, kPagePixels);
     KwDataLoad loader;
-    for (const std::string& layer : order) {
-        const int status = loader.fetchNoteDataFromFileByLayer(path, page, layer, reinterpret_cast<char*>(pixels));
-        if (status != 0)
-            throw ToolError(pageError(path, page, "layer " + layer + " cannot be read (code " + std::to_string(status) + ")"));
-    }
+    for (const std::string& layer : order) drawLayer(loader, path, page, layer, withoutPaper, pixels);
 }
 
 }  // namespace notetool

@@ -5,10 +5,13 @@
 // the composited page picture. Failures throw ToolError, worded for the error line.
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "kwdatafile.h"
+#include "kwfilefeaturemodule.h"
 #include "kwpagefeaturemodule.h"
 
 namespace notetool {
@@ -24,8 +27,19 @@ struct LayerSelection {
     bool allows(const std::string& layer) const;
 };
 
+// A status code of the library as an error line gives it: its reason in words and the code,
+// "the index cannot be read (code 14)".
+std::string statusReason(int code);
+
+// Binds the library's reader to the note and reads its index.
+void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path);
+
 // The page numbers of the index ("PAGE1" is page 1), ascending.
 std::vector<int> notePages(const std::string& path);
+
+// The note's header module, found through the index's "FILE_FEATURE" entry; none when the
+// note has no header.
+std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path);
 
 // The page module's layer sites, page style and layer sequence (no strokes).
 KwPageFeatureModule readPageLayers(const std::string& path, int page);
@@ -38,7 +52,9 @@ std::vector<std::string> drawingOrder(const KwPageFeatureModule& page, const Lay
 // Fills pixels (kPagePixels bytes) with the composited page: 0xFF everywhere, then each
 // layer decoded over it from the bottom up. The decoder writes only ink and white, so what a
 // layer leaves transparent keeps what lies below, and no separate blending pass is needed.
-void composePage(const std::string& path, int page, const LayerSelection& selection, uint8_t* pixels);
+// Without paper (transparent pages), the background layer's white is the paper's own and is
+// left out too; white on the layers above it is white ink, which covers what lies below.
+void composePage(const std::string& path, int page, const LayerSelection& selection, bool withoutPaper, uint8_t* pixels);
 
 }  // namespace notetool
 

@@ -4,7 +4,10 @@
 // What every output format's writer offers, and the options pages are drawn with.
 
 #include <cstdint>
+#include <string>
 
+#include "document_info.h"
+#include "output_file.h"
 #include "page_reader.h"
 
 namespace notetool {
@@ -15,12 +18,14 @@ struct DrawingOptions {
     bool transparent = false;  // leave out the paper: only ink is opaque
     bool raster = false;       // PDF and SVG: embed the picture as an image instead of tracing it
     LayerSelection layers;     // which layers are composited
+    double dpi = 0;            // page pixels per inch on paper; 0 takes the note's own (document_info.h)
+    std::string creator;       // the program named as the files' maker
 };
 
-// One output file under construction. Pages are composited pictures (palette.h), added in
-// order; a format with a file per page takes exactly one. The file is written under a
-// temporary name and appears under its own only when finish() succeeds; a writer destroyed
-// unfinished removes what it wrote. Every call throws std::runtime_error on failure.
+// The content of one output file, written into an OutputFile that the caller owns and
+// commits once finish() has returned. Pages are composited pictures (palette.h), added in
+// order; a format with a file per page takes exactly one. Every call throws
+// std::runtime_error on failure, OutputError when the file cannot be written.
 class PageWriter {
 public:
     virtual ~PageWriter() = default;

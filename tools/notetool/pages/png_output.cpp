@@ -11,7 +11,7 @@
 #include <zlib.h>
 #include <vector>
 
-#include "atomic_file.h"
+#include "output_file.h"
 #include "palette.h"
 #include "tool_error.h"
 
@@ -24,6 +24,7 @@ namespace {
 struct PngImage {
     int width = 0;
     int height = 0;
+    png_uint_32 pixelsPerMetre = 0;
     int bitDepth = 8;
     int colourType = PNG_COLOR_TYPE_PALETTE;
     std::vector<png_color> palette;
@@ -33,26 +34,16 @@ struct PngImage {
     void* source = nullptr;
 };
 
-struct WriteTarget {
-    AtomicFile* file;
-    std::string error;
-};
-
+// The file keeps a failed write's reason; libpng is only told to stop.
 void writeBytes(png_structp png, png_bytep data, png_size_t length) {
-    auto* target = static_cast<WriteTarget*>(png_get_io_ptr(png));
-    try {
-        target->file->write(data, length);
-    } catch (const std::exception& e) {
-        target->error = e.what();
-        png_error(png, "write failed");
-    }
+    if (!OutputFile::writeCallback(png_get_io_ptr(png), data, length)) png_error(png, "write failed");
 }
 
 void flushNothing(png_structp) {}
 
 void recordError(png_structp png, png_const_charp message) {
-    auto* target = static_cast<WriteTarget*>(png_get_error_ptr(png));
-    if (target->error.empty()) target->error = message;
+    auto* error = static_cast<std::string*>(png_get_error_ptr(png));
+    if (error->empty()) *error = message;
     png_longjmp(png, 1);
 }
 
@@ -65,6 +56,7 @@ bool encode(png_structp png, png_infop info, PngImage& image) {
     png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
                  image.bitDepth, image.colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
+    png_set_pHYs(png, info, image.pixelsPerMetre, image.pixelsPerMetre, PNG_RESOLUTION_METER);
     if (image.colourType == PNG_COLOR_TYPE_PALETTE) {
         png_set_PLTE(png, info, image.palette.data(), static_cast<int>(image.palette.size()));
         if (!image.alphas.empty())
@@ -84,18 +76,20 @@ bool encode(png_structp png, png_infop info, PngImage& image) {
     return true;
 }
 
-void writeImage(const std::string& path, AtomicFile& file, PngImage& image) {
-    WriteTarget target{&file, {}};
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &target, recordError, ignoreWarning);
+void writeImage(OutputFile& file, PngImage& image) {
+    std::string error;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &error, recordError, ignoreWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) {
         png_destroy_write_struct(&png, nullptr);
-        throw ToolError(path + ": cannot start the PNG encoder");
+        throw ToolError(file.name() + ": cannot start the PNG encoder");
     }
-    png_set_write_fn(png, &target, writeBytes, flushNothing);
+    png_set_write_fn(png, &file, writeBytes, flushNothing);
     const bool ok = encode(png, info, image);
     png_destroy_write_struct(&png, &info);
-    if (!ok) throw ToolError(target.error.find(path) == 0 ? target.error : path + ": " + target.error);
+    if (ok) return;
+    file.rethrowFailure();
+    throw ToolError(file.name() + ": " + error);
 }
 
 // ---- The page as a palette picture, scaled by a whole number ----
@@ -124,9 +118,10 @@ void fillPaletteRow(void* source, int y, png_byte* row) {
         *row++ = static_cast<png_byte>(s.indices[x] << 4 | s.indices[x + 1]);
 }
 
-void writePalettePng(const std::string& path, AtomicFile& file, const uint8_t* pixels, int scale, bool transparent) {
+void writePalettePng(OutputFile& file, const uint8_t* pixels, int scale, bool transparent, png_uint_32 pixelsPerMetre) {
     PaletteSource source{pixels, scale, {}, std::vector<png_byte>(65536), std::vector<uint8_t>(std::size_t(kPageWidth) * scale)};
     PngImage image;
+    image.pixelsPerMetre = pixelsPerMetre;
     std::vector<uint32_t> colours;
     for (int value = 0; value < 256; ++value) {
         const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
@@ -149,7 +144,7 @@ void writePalettePng(const std::string& path, AtomicFile& file, const uint8_t* p
     image.row.resize(std::size_t(image.width + 1) / 2);
     image.fillRow = fillPaletteRow;
     image.source = &source;
-    writeImage(path, file, image);
+    writeImage(file, image);
 }
 
 // ---- Any other scale: filtered by cairo, written as grey (and alpha) ----
@@ -180,7 +175,7 @@ void fillGreyRow(void* source, int y, png_byte* row) {
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-void writeScaledPng(const std::string& path, AtomicFile& file, const uint8_t* pixels, double scale, bool transparent) {
+void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool transparent, png_uint_32 pixelsPerMetre) {
     Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
     cairo_surface_flush(page.get());
     unsigned char* data = cairo_image_surface_get_data(page.get());
@@ -203,44 +198,48 @@ void writeScaledPng(const std::string& path, AtomicFile& file, const uint8_t* pi
     const cairo_status_t status = cairo_status(cr);
     cairo_destroy(cr);
     cairo_surface_flush(scaled.get());
-    if (status != CAIRO_STATUS_SUCCESS) throw ToolError(path + ": cannot scale the page: " + cairo_status_to_string(status));
+    if (status != CAIRO_STATUS_SUCCESS) throw ToolError(file.name() + ": cannot scale the page: " + cairo_status_to_string(status));
 
     GreySource source{cairo_image_surface_get_data(scaled.get()), cairo_image_surface_get_stride(scaled.get()), width,
                       transparent};
     PngImage image;
+    image.pixelsPerMetre = pixelsPerMetre;
     image.width = width;
     image.height = height;
     image.colourType = transparent ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
     image.row.resize(std::size_t(width) * (transparent ? 2 : 1));
     image.fillRow = fillGreyRow;
     image.source = &source;
-    writeImage(path, file, image);
+    writeImage(file, image);
 }
 
 class PngWriter : public PageWriter {
 public:
-    PngWriter(const std::string& path, const DrawingOptions& options) : path_(path), options_(options), file_(path) {}
+    PngWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
+        : file_(file),
+          options_(options),
+          pixelsPerMetre_(static_cast<png_uint_32>(std::lround(info.dpi * options.scale / 0.0254))) {}
 
     void addPage(const uint8_t* pixels) override {
         const double whole = std::round(options_.scale);
         if (whole >= 1 && std::fabs(options_.scale - whole) < 1e-9)
-            writePalettePng(path_, file_, pixels, static_cast<int>(whole), options_.transparent);
+            writePalettePng(file_, pixels, static_cast<int>(whole), options_.transparent, pixelsPerMetre_);
         else
-            writeScaledPng(path_, file_, pixels, options_.scale, options_.transparent);
+            writeScaledPng(file_, pixels, options_.scale, options_.transparent, pixelsPerMetre_);
     }
 
-    void finish() override { file_.commit(); }
+    void finish() override {}
 
 private:
-    std::string path_;
+    OutputFile& file_;
     DrawingOptions options_;
-    AtomicFile file_;
+    png_uint_32 pixelsPerMetre_;
 };
 
 }  // namespace
 
-std::unique_ptr<PageWriter> openPng(const std::string& path, const DrawingOptions& options) {
-    return std::make_unique<PngWriter>(path, options);
+std::unique_ptr<PageWriter> openPng(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info) {
+    return std::make_unique<PngWriter>(file, options, info);
 }
 
 }  // namespace notetool

@@ -14,8 +14,9 @@
 
 namespace notetool {
 
-// One page as one PNG file.
-std::unique_ptr<PageWriter> openPng(const std::string& path, const DrawingOptions& options);
+// One page as one PNG file, which records the page's resolution on paper (pHYs), so that it
+// prints at its physical size.
+std::unique_ptr<PageWriter> openPng(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info);
 
 }  // namespace notetool
 

@@ -7,12 +7,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <stdexcept>
 #include <vector>
 
-#include "atomic_file.h"
+#include "output_file.h"
 #include "palette.h"
 
 namespace notetool {
@@ -31,10 +34,9 @@ void checkSurface(cairo_surface_t* surface, const std::string& what) {
     if (status != CAIRO_STATUS_SUCCESS) fail(what, status);
 }
 
-// cairo's stream writers report a failed write as a status, which finish() then raises.
-cairo_status_t writeToFile(void* closure, const unsigned char* data, unsigned int length) {
-    return AtomicFile::writeCallback(closure, data, length) ? CAIRO_STATUS_SUCCESS
-                                                            : CAIRO_STATUS_WRITE_ERROR;
+cairo_status_t appendToString(void* closure, const unsigned char* data, unsigned int length) {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+    return CAIRO_STATUS_SUCCESS;
 }
 
 void setSourceColour(cairo_t* cr, uint32_t argb) {
@@ -243,20 +245,20 @@ private:
     std::array<uint32_t, 256> colourOf_;
 };
 
-// Draws pages in page units (one a pixel) onto surfaces of scale times that size, traced
-// or as an image, as the options ask.
+// Draws pages in page units (one a pixel), traced or as an image as the options ask, onto a
+// surface whose units are unitsPerPixel times smaller.
 class PagePainter {
 public:
-    explicit PagePainter(const DrawingOptions& options) : options_(options) {
-        if (!(options.scale > 0)) throw std::runtime_error("the scale must be greater than 0");
+    PagePainter(const DrawingOptions& options, double unitsPerPixel) : options_(options), unitsPerPixel_(unitsPerPixel) {
+        if (!(unitsPerPixel > 0)) throw std::runtime_error("the scale must be greater than 0");
     }
 
-    double width() const { return kPageWidth * options_.scale; }
-    double height() const { return kPageHeight * options_.scale; }
+    double width() const { return kPageWidth * unitsPerPixel_; }
+    double height() const { return kPageHeight * unitsPerPixel_; }
 
     // Leaves cr's target with the page drawn; the caller shows or finishes it.
     void paint(cairo_t* cr, const uint8_t* pixels) {
-        cairo_scale(cr, options_.scale, options_.scale);
+        cairo_scale(cr, unitsPerPixel_, unitsPerPixel_);
         if (options_.raster) {
             if (!image_) image_ = std::make_unique<PageImage>(options_.transparent);
             image_->draw(cr, pixels);
@@ -275,63 +277,178 @@ private:
     }
 
     DrawingOptions options_;
+    double unitsPerPixel_;
     std::unique_ptr<PageTracer> tracer_;
     std::unique_ptr<PageImage> image_;
 };
 
-void drawPage(cairo_surface_t* surface, PagePainter& painter, const uint8_t* pixels,
-              const std::string& what) {
-    ContextPtr cr(cairo_create(surface), &cairo_destroy);
-    painter.paint(cr.get(), pixels);
-    cairo_show_page(cr.get());
-    cairo_status_t status = cairo_status(cr.get());
-    if (status != CAIRO_STATUS_SUCCESS) fail(what, status);
-}
-
-// cairo's stream surfaces (PDF, SVG) are made alike: a writer, its closure, and a size.
-using StreamSurfaceMaker = cairo_surface_t* (*)(cairo_write_func_t, void*, double, double);
-
-cairo_surface_t* svgSurface(cairo_write_func_t write, void* closure, double width, double height) {
-    cairo_surface_t* surface = cairo_svg_surface_create_for_stream(write, closure, width, height);
-    // Unitless sizes: one user unit a page unit, which SVG readers show as one pixel.
-    cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_USER);
-    return surface;
-}
-
-// A document that cairo writes to an AtomicFile, a page for each picture added.
-class CairoWriter : public PageWriter {
+// A document that cairo draws, a page for each picture added. A failure names the output,
+// and gives the reason the file keeps when a write failed.
+class CairoDocument {
 public:
-    CairoWriter(const std::string& path, const DrawingOptions& options, StreamSurfaceMaker makeSurface)
-        : painter_(options),
-          file_(path),
-          what_("cannot write " + path),
-          surface_(makeSurface(&writeToFile, &file_, painter_.width(), painter_.height()), &cairo_surface_destroy) {
-        checkSurface(surface_.get(), what_);
+    using SurfaceMaker = cairo_surface_t* (*)(cairo_write_func_t, void*, double, double);
+
+    CairoDocument(const DrawingOptions& options, double unitsPerPixel, SurfaceMaker make, cairo_write_func_t write,
+                  void* closure, const OutputFile& file)
+        : painter_(options, unitsPerPixel),
+          file_(file),
+          surface_(make(write, closure, painter_.width(), painter_.height()), &cairo_surface_destroy) {
+        check(cairo_surface_status(surface_.get()));
     }
 
-    void addPage(const uint8_t* pixels) override { drawPage(surface_.get(), painter_, pixels, what_); }
+    cairo_surface_t* surface() const { return surface_.get(); }
 
-    void finish() override {
+    void addPage(const uint8_t* pixels) {
+        ContextPtr cr(cairo_create(surface_.get()), &cairo_destroy);
+        painter_.paint(cr.get(), pixels);
+        cairo_show_page(cr.get());
+        check(cairo_status(cr.get()));
+    }
+
+    void finish() {
         cairo_surface_finish(surface_.get());
-        checkSurface(surface_.get(), what_);
-        file_.commit();
+        check(cairo_surface_status(surface_.get()));
     }
 
 private:
+    // cairo does not report every failed write (those of a PDF's last table are dropped), so
+    // the file's own record is looked at first.
+    void check(cairo_status_t status) const {
+        file_.rethrowFailure();
+        if (status != CAIRO_STATUS_SUCCESS) fail(file_.name(), status);
+    }
+
     PagePainter painter_;
-    AtomicFile file_;  // declared before the surface, so that it outlives it
-    std::string what_;
+    const OutputFile& file_;
     SurfacePtr surface_;
+};
+
+// All pages as one PDF, each page its size on paper, written as cairo makes it.
+class PdfWriter : public PageWriter {
+public:
+    PdfWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
+        : sink_(&file),
+          document_(options, pagePoints(1, info.dpi, options.scale), &cairo_pdf_surface_create_for_stream, &writeToSink,
+                    &sink_, file) {
+        cairo_pdf_surface_set_metadata(document_.surface(), CAIRO_PDF_METADATA_TITLE, info.title.c_str());
+        cairo_pdf_surface_set_metadata(document_.surface(), CAIRO_PDF_METADATA_CREATOR, info.creator.c_str());
+        // cairo dates every file with the time it was made unless told another date; an
+        // empty one leaves the date out.
+        cairo_pdf_surface_set_metadata(document_.surface(), CAIRO_PDF_METADATA_CREATE_DATE, info.created.c_str());
+    }
+
+    // cairo ends a document it destroys unfinished, trailer and all; one cut short must not
+    // look complete where it cannot be taken back (the standard output, a device), so what
+    // cairo writes from here on goes nowhere.
+    ~PdfWriter() override { sink_ = nullptr; }
+
+    void addPage(const uint8_t* pixels) override { document_.addPage(pixels); }
+    void finish() override { document_.finish(); }
+
+private:
+    // cairo's stream writers report a failed write as a status; the file keeps its reason.
+    static cairo_status_t writeToSink(void* closure, const unsigned char* data, unsigned int length) {
+        OutputFile* file = *static_cast<OutputFile**>(closure);
+        return file && OutputFile::writeCallback(file, data, length) ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+    }
+
+    OutputFile* sink_;  // declared before the document, which writes to it
+    CairoDocument document_;
+};
+
+// The value of the attribute in the tag that starts at `tag` is replaced.
+void setAttribute(std::string& svg, std::size_t tag, const std::string& name, const std::string& value) {
+    const std::size_t start = svg.find(" " + name + "=\"", tag);
+    if (start == std::string::npos || start > svg.find('>', tag)) return;
+    const std::size_t from = start + name.size() + 3;
+    svg.replace(from, svg.find('"', from) - from, value);
+}
+
+// cairo numbers the ids of an SVG file (surface5, image7) by counters that all surfaces of the
+// process share, so the same page would come out different by what was written before it or
+// on another thread. Ids are numbered anew in order of definition, and so are the references
+// to them ("#image7", in href="..." or url(...)).
+std::string renumberIds(const std::string& svg) {
+    std::map<std::string, std::string> ids;
+    const auto isIdChar = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-'; };
+    const auto tokenAt = [&](std::size_t at) {
+        std::size_t end = at;
+        while (end < svg.size() && isIdChar(svg[end])) ++end;
+        return svg.substr(at, end - at);
+    };
+    for (std::size_t at = svg.find(" id=\""); at != std::string::npos; at = svg.find(" id=\"", at + 1)) {
+        const std::string id = tokenAt(at + 5);
+        std::size_t letters = 0;
+        while (letters < id.size() && std::isalpha(static_cast<unsigned char>(id[letters]))) ++letters;
+        ids.emplace(id, id.substr(0, letters) + std::to_string(ids.size() + 1));
+    }
+    std::string out;
+    out.reserve(svg.size());
+    for (std::size_t at = 0; at < svg.size();) {
+        const char c = svg[at++];
+        out += c;
+        if (c != '"' && c != '#') continue;
+        const std::string token = tokenAt(at);
+        const auto renamed = ids.find(token);
+        const char after = at + token.size() < svg.size() ? svg[at + token.size()] : '\0';
+        if (renamed == ids.end() || (after != '"' && after != ')')) continue;
+        out += renamed->second;
+        at += token.size();
+    }
+    return out;
+}
+
+// One page as one SVG file. cairo writes it to memory first: the file then gets its size on
+// paper, in millimetres around the unchanged viewBox of page units, and ids that do not
+// depend on what else the process wrote, so that the same page always makes the same bytes.
+class SvgWriter : public PageWriter {
+public:
+    SvgWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
+        : file_(file),
+          widthMm_(pagePoints(kPageWidth, info.dpi, options.scale) * 25.4 / 72),
+          heightMm_(pagePoints(kPageHeight, info.dpi, options.scale) * 25.4 / 72),
+          document_(options, options.scale, &svgSurface, &appendToString, &text_, file) {}
+
+    void addPage(const uint8_t* pixels) override { document_.addPage(pixels); }
+
+    void finish() override {
+        document_.finish();
+        std::string svg = renumberIds(text_);
+        const std::size_t tag = svg.find("<svg");
+        setAttribute(svg, tag, "width", millimetres(widthMm_));
+        setAttribute(svg, tag, "height", millimetres(heightMm_));
+        file_.write(svg.data(), svg.size());
+    }
+
+private:
+    static cairo_surface_t* svgSurface(cairo_write_func_t write, void* closure, double width, double height) {
+        cairo_surface_t* surface = cairo_svg_surface_create_for_stream(write, closure, width, height);
+        // Unitless sizes: one user unit a page unit; the size on paper is set afterwards.
+        cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_USER);
+        return surface;
+    }
+
+    static std::string millimetres(double value) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.2fmm", value);
+        return text;
+    }
+
+    OutputFile& file_;
+    double widthMm_;
+    double heightMm_;
+    std::string text_;  // declared before the document, so that it outlives the surface
+    CairoDocument document_;
 };
 
 }  // namespace
 
-std::unique_ptr<PageWriter> openPdf(const std::string& path, const DrawingOptions& options) {
-    return std::make_unique<CairoWriter>(path, options, &cairo_pdf_surface_create_for_stream);
+std::unique_ptr<PageWriter> openPdf(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info) {
+    return std::make_unique<PdfWriter>(file, options, info);
 }
 
-std::unique_ptr<PageWriter> openSvg(const std::string& path, const DrawingOptions& options) {
-    return std::make_unique<CairoWriter>(path, options, &svgSurface);
+std::unique_ptr<PageWriter> openSvg(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info) {
+    return std::make_unique<SvgWriter>(file, options, info);
 }
 
 }  // namespace notetool

@@ -12,11 +12,12 @@
 
 namespace notetool {
 
-// All pages as one PDF.
-std::unique_ptr<PageWriter> openPdf(const std::string& path, const DrawingOptions& options);
+// All pages as one PDF, its pages their size on paper (document_info.h), with the note's
+// name as its title.
+std::unique_ptr<PageWriter> openPdf(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info);
 
-// One page as one SVG file.
-std::unique_ptr<PageWriter> openSvg(const std::string& path, const DrawingOptions& options);
+// One page as one SVG file, sized on paper as the PDF page is, around a viewBox of page units.
+std::unique_ptr<PageWriter> openSvg(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info);
 
 }  // namespace notetool
 

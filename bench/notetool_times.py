@@ -1,0 +1,122 @@
+#!/usr/bin/env python3
+"""Times the real notetool binary on a note of full handwritten pages.
+
+Usage: bench/notetool_times.py BUILD_DIR [--pages 60] [--repetitions 3] [--json times.json]
+
+BUILD_DIR is a Release build with notetool and make-handwritten-note in it. The note is
+written into a temporary folder at the start of the run. For each output (png, pdf,
+pdf --raster, pdf --vector where notetool has it, svg) and each -j (1, 2), `notetool render`
+runs --repetitions times; the median run is reported: CPU time (user + system, all threads)
+and wall time per page, output bytes per page, and the process's peak resident memory.
+The wall-time speed-up of -j 2 over -j 1 is printed beside each output.
+
+With --json the figures are also written for bench/ratios.py, which sets them beside their
+targets.
+"""
+import argparse
+import json
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+JOBS = (1, 2)
+
+
+def outputs(notetool):
+    """The outputs to time, as (name, format, extra options); --vector only where it exists."""
+    help_text = subprocess.run([notetool, "render", "--help"], capture_output=True, text=True).stdout
+    found = [("png", "png", []), ("pdf", "pdf", []), ("pdf --raster", "pdf", ["--raster"])]
+    if "--vector" in help_text:
+        found.append(("pdf --vector", "pdf", ["--vector"]))
+    found.append(("svg", "svg", []))
+    return found
+
+
+def output_bytes(path):
+    if os.path.isfile(path):
+        return os.path.getsize(path)
+    return sum(os.path.getsize(os.path.join(path, name)) for name in os.listdir(path))
+
+
+def run_once(notetool, note, fmt, extra, jobs, scratch):
+    """One render: CPU seconds, wall seconds, output bytes and peak RSS in bytes."""
+    out = os.path.join(scratch, "out.pdf" if fmt == "pdf" else "out")
+    if os.path.isdir(out):
+        shutil.rmtree(out)
+    elif os.path.exists(out):
+        os.remove(out)
+    command = [notetool, "render", note, "-o", out, "--format", fmt, "-j", str(jobs)] + extra
+    with tempfile.TemporaryFile() as errors:
+        start = time.perf_counter()
+        child = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=errors)
+        # wait4 gives this child's own CPU time and peak memory.
+        _, status, usage = os.wait4(child.pid, 0)
+        wall = time.perf_counter() - start
+        child.returncode = os.waitstatus_to_exitcode(status)
+        if child.returncode != 0:
+            errors.seek(0)
+            sys.exit(f"notetool_times: {' '.join(command)} failed: {errors.read().decode(errors='replace').strip()}")
+    return usage.ru_utime + usage.ru_stime, wall, output_bytes(out), usage.ru_maxrss * 1024
+
+
+def measure(notetool, note, pages, repetitions, scratch):
+    results = []
+    for name, fmt, extra in outputs(notetool):
+        for jobs in JOBS:
+            runs = [run_once(notetool, note, fmt, extra, jobs, scratch) for _ in range(repetitions)]
+            median = sorted(runs, key=lambda r: r[0])[len(runs) // 2]  # the run of median CPU time
+            results.append({
+                "output": name,
+                "jobs": jobs,
+                "cpu_ms_per_page": 1e3 * median[0] / pages,
+                "wall_ms_per_page": 1e3 * statistics.median(r[1] for r in runs) / pages,
+                "bytes_per_page": median[2] / pages,
+                "peak_rss_bytes": max(r[3] for r in runs),
+            })
+    return results
+
+
+def print_table(results, pages):
+    print(f"notetool render on {pages} full handwritten pages (medians; CPU = user + system of all threads)")
+    print("| output | -j | CPU ms/page | wall ms/page | KB/page | peak RSS MB | -j 2 speed-up (wall) |")
+    print("|---|---|---|---|---|---|---|")
+    wall = {(r["output"], r["jobs"]): r["wall_ms_per_page"] for r in results}
+    for r in results:
+        speedup = ""
+        if r["jobs"] == 2 and (r["output"], 1) in wall:
+            speedup = f"{wall[(r['output'], 1)] / r['wall_ms_per_page']:.2f}x"
+        print(f"| {r['output']} | {r['jobs']} | {r['cpu_ms_per_page']:.1f} | {r['wall_ms_per_page']:.1f} | "
+              f"{r['bytes_per_page'] / 1e3:.1f} | {r['peak_rss_bytes'] / 2**20:.1f} | {speedup} |")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("build", help="a Release build folder")
+    parser.add_argument("--pages", type=int, default=60)
+    parser.add_argument("--repetitions", type=int, default=3)
+    parser.add_argument("--json", help="also write the figures to this file, for bench/ratios.py")
+    args = parser.parse_args()
+    notetool = os.path.join(args.build, "tools", "notetool", "notetool")
+    make_note = os.path.join(args.build, "bench", "make-handwritten-note")
+    for program in (notetool, make_note):
+        if not os.access(program, os.X_OK):
+            sys.exit(f"notetool_times: {program}: not built")
+    if args.pages < 1 or args.repetitions < 1:
+        sys.exit("notetool_times: --pages and --repetitions take a positive number")
+
+    with tempfile.TemporaryDirectory(prefix="notetool-times-") as scratch:
+        note = os.path.join(scratch, "handwritten.note")
+        subprocess.run([make_note, note, str(args.pages)], check=True)
+        results = measure(notetool, note, args.pages, args.repetitions, scratch)
+    print_table(results, args.pages)
+    if args.json:
+        with open(args.json, "w") as f:
+            json.dump({"pages": args.pages, "repetitions": args.repetitions, "results": results}, f, indent=1)
+
+
+if __name__ == "__main__":
+    main()

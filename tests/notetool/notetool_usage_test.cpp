@@ -1,0 +1,105 @@
+// notetool's command line, tightened: every value that cannot work is a usage error (exit 2)
+// with a plain message that names the option as it was typed, before anything is written;
+// failures of the library carry their reason in words beside the code.
+
+#include <filesystem>
+#include <regex>
+
+#include <gtest/gtest.h>
+
+#include "notetool_run.h"
+#include "status.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace notetest;
+
+struct Mistake {
+    std::vector<std::string> args;  // NOTE stands for the note, OUT for a path in the scratch folder
+    std::string message;            // the whole of standard error, after "notetool: "
+};
+
+TEST(NotetoolUsage, MistakesAreNamedAsTypedAndWriteNothing) {
+    ScratchDir dir;
+    const std::string note = dir.write("n.note", notewriter::buildNote(boxPages(4)));
+    const std::vector<Mistake> mistakes = {
+        {{"render", "NOTE", "-o", "OUT/", "--scale", "nan"}, "--scale: nan is not a number from 0.05 to 16"},
+        {{"render", "NOTE", "-o", "OUT/", "--scale", "1e308"}, "--scale: 1e308 is not a number from 0.05 to 16"},
+        {{"render", "NOTE", "-o", "OUT/", "--scale=100"}, "--scale: 100 is not a number from 0.05 to 16"},
+        {{"render", "NOTE", "-o", "OUT/", "--scale", "0"}, "--scale: 0 is not a number from 0.05 to 16"},
+        {{"render", "NOTE", "-o", "OUT/", "-j", "0"}, "-j: 0 is not a whole number from 1 to 256"},
+        {{"convert", "NOTE", "-o", "OUT/", "--jobs", "257"}, "--jobs: 257 is not a whole number from 1 to 256"},
+        {{"render", "NOTE", "-o", "OUT/", "--dpi", "0.5"}, "--dpi: 0.5 is not a number from 50 to 2400"},
+        {{"render", "NOTE", "-o", ""}, "-o: the path is empty"},
+        {{"render", "", "-o", "OUT/"}, "FILE: the path is empty"},
+        {{"render", "NOTE", "-o", "OUT/x.jpg"}, "-o OUT/x.jpg: .jpg is not the extension of png, pdf or svg (a folder's name ends in /)"},
+        {{"render", "NOTE", "--output", "OUT/x.pdf", "--format", "png"}, "--output OUT/x.pdf: the extension says pdf, --format says png"},
+        {{"convert", "NOTE", "-o", "OUT/all.pdf"}, "-o OUT/all.pdf: convert writes a folder (a folder's name ends in /)"},
+        {{"render", "NOTE", "-o", "OUT/", "--pages", ""}, "--pages: the list is empty"},
+        {{"render", "NOTE", "-o", "OUT/", "--pages", "9"}, "--pages 9: the note has no page 9 (it has 4)"},
+        {{"strokes", "NOTE", "--page", "0"}, "--page 0: the note has no page 0 (it has 4)"},
+        {{"strokes", "NOTE", "--page", "1", "-o", "OUT/s.txt"}, "-o OUT/s.txt: .txt is not the extension of json or svg"},
+        {{"strokes", "NOTE", "--page", "1", "-o", "OUT/s.svg", "--format", "json"}, "-o OUT/s.svg: the extension says svg, --format says json"},
+    };
+    for (const Mistake& mistake : mistakes) {
+        std::vector<std::string> args;
+        for (const std::string& arg : mistake.args)
+            args.push_back(arg == "NOTE" ? note : std::regex_replace(arg, std::regex("^OUT"), dir.path("out")));
+        const std::string message = std::regex_replace(mistake.message, std::regex("OUT"), dir.path("out"));
+        SCOPED_TRACE(message);
+        const ToolRun r = notetool(dir, args);
+        EXPECT_EQ(r.code, 2);
+        EXPECT_EQ(r.err, "notetool: " + message + "\n");
+        EXPECT_FALSE(fs::exists(dir.path("out")));
+    }
+}
+
+TEST(NotetoolUsage, ExtensionsAndListsAreReadAsMeant) {
+    ScratchDir dir;
+    notewriter::Note layered = boxPages(2);
+    layered.pages[0].layers.push_back({"LAYER1", std::vector<uint8_t>(notewriter::kPictureSize, 0x30), {}});
+    const std::string note = dir.write("n.note", notewriter::buildNote(layered));
+
+    // The extension chooses the format whatever its case.
+    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("OUT.PDF")});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(readWholeFile(dir.path("OUT.PDF")).rfind("%PDF-", 0), 0u);
+    r = notetool(dir, {"strokes", note, "--page", "1", "-o", dir.path("S.SVG")});
+    EXPECT_EQ(readWholeFile(dir.path("S.SVG")).rfind("<?xml", 0), 0u) << r.err;
+
+    // --layers takes one comma-separated value: the note after it stays the input.
+    r = notetool(dir, {"render", "--layers", "MAINLAYER,LAYER1", note, "-o", dir.path("d/")});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(filesIn(dir.path("d")), (std::vector<std::string>{"n-p1.png", "n-p2.png"}));
+}
+
+TEST(NotetoolUsage, FailuresSayWhatFailedInWords) {
+    ScratchDir dir;
+    dir.write("bad.note", "not a note at all, but long enough to be read as one");
+    fs::create_directory(dir.path("folder.note"));
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {{"info", dir.path("bad.note")},
+         dir.path("bad.note") + ": not a readable note: " + status::statusText(status::ReadFailed) + " (code 17)"},
+        {{"info", dir.path("folder.note")}, dir.path("folder.note") + ": Is a directory"},
+        {{"render", dir.path("missing.note"), "-o", dir.path("x.png")}, dir.path("missing.note") + ": No such file or directory"},
+    };
+    for (const Case& c : cases) {
+        const ToolRun r = notetool(dir, c.args);
+        EXPECT_EQ(r.code, 1);
+        EXPECT_EQ(r.err, "notetool: " + c.message + "\n");
+    }
+
+    // The manual lists every code with its reason, from the same table.
+    const ToolRun man = notetool(dir, {"--man"});
+    for (int code = 1; code < 64; ++code) {
+        const char* text = status::statusText(code);
+        EXPECT_TRUE(!text || man.out.find(".B " + std::to_string(code) + "\n" + text) != std::string::npos) << code;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+#ifndef NOTETOOL_DOCUMENT_INFO_H
+#define NOTETOOL_DOCUMENT_INFO_H
+
+// What a written file says about the note it comes from: its name, its maker, when it was
+// made, and how large its pages are on paper. Every writer takes these from here, so that a
+// page has the same physical size in every format.
+
+#include <string>
+
+namespace notetool {
+
+// The tablet's resolution, for notes whose header does not give a sane one.
+constexpr double kDefaultDpi = 226;
+// The resolutions a page may be printed at: the tablet's page from 28 inches down to half an
+// inch wide. Outside them a header's value is taken for garbage, and --dpi is refused.
+constexpr double kMinDpi = 50;
+constexpr double kMaxDpi = 2400;
+
+struct DocumentInfo {
+    std::string title;    // the note's name: "sample" for notes/sample.note
+    std::string creator;  // the program that wrote the file, "notetool 1.0"
+    std::string created;  // ISO 8601 in UTC, or empty: no date, so that the bytes stay the same
+    double dpi = kDefaultDpi;  // page pixels per inch on paper, before the scale
+};
+
+// The resolution of a note's pages: `requested` when it is not 0 (--dpi), else the header's
+// DEVICE_DPI when that is a number from kMinDpi to kMaxDpi, else kDefaultDpi.
+double pageDpi(double requested, const std::string& deviceDpi);
+
+// A page's size on paper, in PDF points (1/72 inch), of `pixels` page pixels drawn `scale`
+// times their size at `dpi` pixels per inch.
+double pagePoints(int pixels, double dpi, double scale);
+
+// The creation date that SOURCE_DATE_EPOCH asks for (seconds since 1970, the convention of
+// reproducible builds), as ISO 8601 in UTC; empty when it is not set or not such a number.
+std::string creationDate();
+
+// The document info of a note: its title from the file name, its resolution from its header
+// (pageDpi), the creator and the creation date as given.
+DocumentInfo documentInfo(const std::string& note, double requestedDpi, const std::string& creator);
+
+}  // namespace notetool
+
+#endif
