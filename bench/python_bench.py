@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""The Python package against the C++ it wraps, on a note of 60 handwritten pages:
+"""The Python package against the C++ it wraps, on the benchmarks' note of 60 handwritten
+pages (make-handwritten-note):
 
   - Page.layer() against the C++ call it makes (bench/layer_call: the buffer set to
     transparent, then fetchNoteDataFromFileByLayer), target <= 1.2 x;
@@ -70,7 +71,7 @@ def main(build: Path) -> None:
     with tempfile.TemporaryDirectory(prefix="libnote-python-bench-") as folder:
         scratch = Path(folder)
         note = scratch / "handwritten.note"
-        subprocess.run([build / "bench" / "make_bench_note", note, "60"], check=True)
+        subprocess.run([build / "bench" / "make-handwritten-note", note, "60"], check=True)
         cpp_layer, python_layer = layer_times(build, note, libnote)
         tool_render, python_render = render_times(build, note, scratch, libnote)
 

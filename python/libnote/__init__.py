@@ -95,19 +95,21 @@ class Note:
 
     def save(self, path: "os.PathLike[str] | str", format: Optional[str] = None, pages: Optional[Sequence[int]] = None,
              *, scale: float = 1.0, background: bool = True, layers: Optional[Sequence[str]] = None,
-             transparent: bool = False, raster: bool = False, workers: int = 1) -> None:
+             transparent: bool = False, raster: bool = False, dpi: float = 0, strict: bool = False,
+             workers: int = 1) -> None:
         """Writes pages as PNG, PDF or SVG, byte for byte as ``notetool render`` does.
 
         ``path`` is a file for a PDF or a single page, otherwise a folder (made when
         missing, or named with a trailing "/") of ``<note>-p<N>.<ext>`` files. ``format``
         is "png", "pdf" or "svg"; without it, the extension of ``path`` decides, else PNG.
         ``pages`` are the index's page numbers (default: all). ``scale``, ``background``,
-        ``layers``, ``transparent`` and ``raster`` draw the pages as notetool's options of
-        the same names do; ``workers`` threads share the pages.
+        ``layers``, ``transparent``, ``raster``, ``dpi`` (0: the note's own) and ``strict``
+        draw and write the pages as notetool's options of the same names do; ``workers``
+        threads share the pages.
 
-        Files appear only when complete. Raises NoteError when a page cannot be read (the
-        other pages of a PNG or SVG folder are still written; a PDF is then not written),
-        OSError when a file cannot be written.
+        Files appear only when complete. Raises NoteError when a page cannot be read, after
+        writing the rest (a blank page stands in for it in a document) or, with ``strict``,
+        nothing at all; OSError when a file cannot be written.
         """
         path = os.fspath(path)
         if not scale > 0:
@@ -128,7 +130,7 @@ class Note:
             folder = path
         os.makedirs(folder or os.path.dirname(file) or ".", exist_ok=True)
         _libnote.save(self.path, chosen, self._numbers[-1], file, folder, name, scale, background,
-                      list(layers or ()), transparent, raster, workers)
+                      list(layers or ()), transparent, raster, dpi, strict, workers)
 
     def _chosen_pages(self, pages: Optional[Sequence[int]]) -> List[int]:
         if not self._numbers:

@@ -62,6 +62,8 @@ class Note:
         layers: Optional[Sequence[str]] = ...,
         transparent: bool = ...,
         raster: bool = ...,
+        dpi: float = ...,
+        strict: bool = ...,
         workers: int = ...,
     ) -> None: ...
 

@@ -19,9 +19,7 @@
 #include <vector>
 
 #include "config.h"
-#include "kwdatafile.h"
 #include "kwdataload.h"
-#include "kwfilefeaturemodule.h"
 #include "log_sink.h"
 #include "output_formats.h"
 #include "page_pipeline.h"
@@ -94,21 +92,10 @@ std::vector<int> pagesOf(const std::string& path) {
 // text values; nothing when the index names no header module.
 std::optional<std::vector<std::pair<std::string, std::string>>> headerOf(const std::string& path) {
     return libraryCall([&]() -> std::optional<std::vector<std::pair<std::string, std::string>>> {
-        KwFileProcess file;
-        KwFileIndexModule index;
-        if (!file.init_datafile(path)) throw NoteFailure(status::ReaderNotBound, path + ": " + std::strerror(errno));
-        checkStatus(file.fetchIndex(index), path + ": the index cannot be read");
-        const std::vector<unsigned long> sites = index.fetchModuleSiteForFileIndex("FILE_FEATURE");
-        if (sites.empty()) return std::nullopt;
-        FILE* fp = std::fopen(path.c_str(), "rb");
-        if (!fp) throw NoteFailure(status::OpenFailed, path + ": " + std::strerror(errno));
+        std::optional<KwFileFeatureModule> header = notetool::readNoteHeader(path);
+        if (!header) return std::nullopt;
         std::vector<ModuleItem> items;
-        const bool read = readModuleItemFromFile(fp, items, sites.front());
-        flushfsyncfclose(fp, false, false, true);
-        if (!read) throw NoteFailure(status::ReadFailed, path + ": the header module cannot be read");
-        KwFileFeatureModule header;
-        header.setInfoOfModuleFile(items);
-        header.produceVecMI(items);
+        header->produceVecMI(items);
         std::vector<std::pair<std::string, std::string>> fields;
         for (const ModuleItem& item : items) fields.emplace_back(item.key, item.value);
         return fields;
@@ -173,7 +160,7 @@ py::array_t<uint8_t> renderPage(const std::string& path, int page, int scale, bo
         notetool::LayerSelection selection;
         selection.background = background;
         std::vector<uint8_t> pixels(kPagePixels);
-        notetool::composePage(path, page, selection, pixels.data());
+        notetool::composePage(path, page, selection, transparent, pixels.data());
         std::array<std::array<uint8_t, 4>, 256> colourOf;
         for (int value = 0; value < 256; ++value) {
             const uint32_t argb = notetool::pixelColour(static_cast<uint8_t>(value), transparent);
@@ -264,6 +251,8 @@ struct SaveJob {
     std::vector<std::string> layers;
     bool transparent;
     bool raster;
+    double dpi;
+    bool strict;
     int workers;
 };
 
@@ -273,11 +262,15 @@ struct SaveJob {
 void save(const SaveJob& request) {
     const notetool::OutputFormat* format = notetool::formatNamed(request.format);
     if (!format) throw py::value_error("unknown format " + request.format);
-    notetool::NoteJob job{request.note, request.pages, request.largestPage, request.file, request.dir};
+    notetool::NoteJob job{request.note, request.pages, request.largestPage, request.file, request.dir, request.strict};
     notetool::DrawingOptions options;
     options.scale = request.scale;
     options.transparent = request.transparent;
     options.raster = request.raster;
+    options.dpi = request.dpi;
+    // The files are notetool's, written by its writers, and say so: the same bytes as the
+    // command line's.
+    options.creator = "notetool " NOTETOOL_VERSION;
     options.layers.background = request.background;
     options.layers.only.insert(request.layers.begin(), request.layers.end());
     std::vector<std::string> failures;
@@ -356,13 +349,13 @@ PYBIND11_MODULE(_libnote, m) {
         "save",
         [](std::string note, std::vector<int> pages, int largestPage, std::string file, std::string dir,
            std::string format, double scale, bool background, std::vector<std::string> layers, bool transparent,
-           bool raster, int workers) {
-            save({note, pages, largestPage, file, dir, format, scale, background, layers, transparent, raster,
-                         workers});
+           bool raster, double dpi, bool strict, int workers) {
+            save({note, pages, largestPage, file, dir, format, scale, background, layers, transparent, raster, dpi,
+                  strict, workers});
         },
         py::arg("note"), py::arg("pages"), py::arg("largest_page"), py::arg("file"), py::arg("dir"), py::arg("format"),
         py::arg("scale"), py::arg("background"), py::arg("layers"), py::arg("transparent"), py::arg("raster"),
-        py::arg("workers"));
+        py::arg("dpi"), py::arg("strict"), py::arg("workers"));
     m.def("set_log", &setLogPath, py::arg("path"));
 
     py::class_<TrailContainer, Stroke>(m, "Stroke", R"(One pen stroke of a page.

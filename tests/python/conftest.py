@@ -47,12 +47,11 @@ def files_in(folder: Path) -> dict:
     return {str(p.relative_to(folder)): p.read_bytes() for p in sorted(folder.rglob("*")) if p.is_file()}
 
 
-# What cairo writes that differs between two runs of the same program on the same input: a
-# PDF's creation time (to the second), and in SVG the ids it counts up across every surface
-# a process has made.
-_RUN_DEPENDENT = re.compile(rb"(/CreationDate \(D:)\d{14}|\b(surface|image|glyph|pattern|clip|mask|source)\d+")
+# What cairo writes into SVG that depends on what the process drew before: the ids it
+# counts up across every surface a process makes.
+_PROCESS_DEPENDENT = re.compile(rb"\b(surface|image|glyph|pattern|clip|mask|source)\d+")
 
 
 def comparable_files(folder: Path) -> dict:
-    """files_in(), with what differs from run to run of notetool itself blotted out."""
-    return {name: _RUN_DEPENDENT.sub(rb"\1\2#", data) for name, data in files_in(folder).items()}
+    """files_in(), with what a long-lived process writes differently blotted out."""
+    return {name: _PROCESS_DEPENDENT.sub(rb"\1#", data) for name, data in files_in(folder).items()}

@@ -126,7 +126,7 @@ bool refused(const std::string& note) {
         KwDataLoad loader;
         for (int page : notetool::notePages(note)) {
             std::vector<uint8_t> pixels(notetool::kPagePixels);
-            notetool::composePage(note, page, {}, pixels.data());
+            notetool::composePage(note, page, {}, false, pixels.data());
             std::vector<TrailContainer> trails;
             if (loader.fetchNotePathFromFile(trails, note, page) != 0) return true;
         }

@@ -162,13 +162,18 @@ def test_wrong_requests_raise(tmp_path, notes):
         note.save(blocker / "x.pdf")
 
 
-def test_a_page_that_fails_while_saving_raises_and_leaves_no_document(tmp_path, made):
+def test_a_page_that_fails_while_saving_raises_after_the_rest_or_nothing_when_strict(tmp_path, made):
     attacks = dict(line.split("\t")[::-2] for line in (made / "hostile" / "catalogue.tsv").read_text().splitlines())
     note = libnote.open(made / "hostile" / (attacks["bitmap length 0xFFFFFFFF"] + ".note"))
     with pytest.raises(libnote.NoteError) as raised:
-        note.save(tmp_path / "broken.pdf")
+        note.save(tmp_path / "strict.pdf", strict=True)
     assert raised.value.code == 27 and "MAINLAYER" in str(raised.value)
     assert list(tmp_path.iterdir()) == []
+    with pytest.raises(libnote.NoteError):
+        note.save(tmp_path / "blank.pdf")
+    run = run_notetool("render", note.path, "-o", tmp_path / "tool.pdf")
+    assert run.returncode == 1
+    assert (tmp_path / "blank.pdf").read_bytes() == (tmp_path / "tool.pdf").read_bytes()
 
 
 LOG_SCRIPT = textwrap.dedent("""

@@ -45,7 +45,7 @@ def exercise(path, out):
                 pass  # a stroke without a range or with an unknown axis: not the reader's refusal
     call(lambda: note.save(out / "pages/", format="png"))
     before = errors
-    call(lambda: note.save(out / "note.pdf"))
+    call(lambda: note.save(out / "note.pdf", strict=True))
     assert (out / "note.pdf").exists() == (errors == before)  # a document whole, or not at all
     return errors
 
