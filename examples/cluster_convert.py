@@ -5,7 +5,7 @@ on one machine: the same output names and the same bytes, one task per note.
     cluster_convert.py notes/ -o converted/ --format pdf --scheduler tcp://host:8786
     cluster_convert.py notes/ -o converted/ --workers 8        # a local cluster of 8 processes
 
-Folders are searched recursively for *.note files and their structure is kept under the
+Folders are searched recursively for *.note files (in any case) and their structure is kept under the
 output folder; files named on the command line go to the output folder itself. A note
 becomes <note>.pdf, or one file per page <note>-p<N>.png (or .svg). On a cluster of several
 machines, inputs and output must be on a file system that every worker sees under the same
@@ -39,7 +39,7 @@ def find_notes(inputs):
             for root, _, names in os.walk(source):
                 for name in names:
                     path = os.path.join(root, name)
-                    if os.path.splitext(name)[1] == ".note" and os.path.isfile(path):
+                    if os.path.splitext(name)[1].lower() == ".note" and os.path.isfile(path):
                         in_folder.append((path, os.path.relpath(root, source)))
             found += sorted(in_folder)
         elif os.path.exists(source):
@@ -73,6 +73,8 @@ def parse_arguments(argv):
     parser.add_argument("--no-background", action="store_true", help="leave out the background layer")
     parser.add_argument("--transparent", action="store_true", help="leave out the white paper")
     parser.add_argument("--raster", action="store_true", help="PDF and SVG: embed the pages as images")
+    parser.add_argument("--dpi", type=float, default=0, help="page pixels per inch on paper (default: the note's own)")
+    parser.add_argument("--strict", action="store_true", help="write nothing of a note with a page that cannot be read")
     args = parser.parse_args(argv)
     if args.workers < 1:
         parser.error("--workers must be at least 1")
@@ -105,7 +107,8 @@ def submit_notes(client, args, drawing):
 
 def run(args):
     drawing = {"scale": args.scale, "background": not args.no_background, "transparent": args.transparent,
-               "raster": args.raster, "layers": args.layers.split(",") if args.layers else None}
+               "raster": args.raster, "layers": args.layers.split(",") if args.layers else None, "dpi": args.dpi,
+               "strict": args.strict}
     start = time.monotonic()
     with connect(args) as client:
         tasks, failures = submit_notes(client, args, drawing)

@@ -3,7 +3,6 @@ from them, and notetool, all located through the environment that ctest sets."""
 
 import json
 import os
-import re
 import subprocess
 from pathlib import Path
 
@@ -45,13 +44,3 @@ def reference_strokes(made: Path, note: Path, page: int) -> list:
 def files_in(folder: Path) -> dict:
     """Every file under folder by its relative path, with its bytes."""
     return {str(p.relative_to(folder)): p.read_bytes() for p in sorted(folder.rglob("*")) if p.is_file()}
-
-
-# What cairo writes into SVG that depends on what the process drew before: the ids it
-# counts up across every surface a process makes.
-_PROCESS_DEPENDENT = re.compile(rb"\b(surface|image|glyph|pattern|clip|mask|source)\d+")
-
-
-def comparable_files(folder: Path) -> dict:
-    """files_in(), with what a long-lived process writes differently blotted out."""
-    return {name: _PROCESS_DEPENDENT.sub(rb"\1#", data) for name, data in files_in(folder).items()}

@@ -136,12 +136,14 @@ bool refused(const std::string& note) {
     }
 }
 
-// The test notes at three depths, and a note cut short beside them.
+// The test notes at three depths, one with its extension in capitals, and a note cut short
+// beside them.
 void writeTree(const fs::path& tree, const fs::path& notes) {
     fs::create_directories(tree / "sub" / "deeper");
     fs::copy_file(notes / "layered.note", tree / "layered.note");
     fs::copy_file(notes / "renumbered.note", tree / "sub" / "renumbered.note");
     fs::copy_file(notes / "layered.note", tree / "sub" / "deeper" / "again.note");
+    fs::copy_file(notes / "renumbered.note", tree / "sub" / "deeper" / "SHOUTED.NOTE");
     const std::string whole = notewriter::buildNote(testNotes().front().second);
     notewriter::writeFile((tree / "sub" / "broken.note").string(), whole.substr(0, whole.size() / 2));
 }

@@ -12,7 +12,7 @@ import pytest
 from PIL import Image
 
 import libnote
-from conftest import comparable_files, reference_pixels, reference_strokes, run_notetool
+from conftest import files_in, reference_pixels, reference_strokes, run_notetool
 
 
 def notetool_info(note):
@@ -105,8 +105,8 @@ def test_save_writes_the_bytes_of_notetool(tmp_path, notes, format, options, kwa
         run = run_notetool("render", path, "-o", f"{by_tool}/", "--format", format, *options)
         assert run.returncode == 0, run.stderr
         libnote.open(path).save(f"{by_python}/", format=format, **kwargs)
-        written = comparable_files(by_python)
-        assert written and written == comparable_files(by_tool)
+        written = files_in(by_python)
+        assert written and written == files_in(by_tool)
 
 
 def test_save_names_a_single_file_by_the_path(tmp_path, notes):

@@ -7,7 +7,7 @@ from concurrent.futures import ThreadPoolExecutor
 import numpy
 
 import libnote
-from conftest import comparable_files
+from conftest import files_in
 
 
 def read_all(path):
@@ -40,7 +40,7 @@ def test_threads_give_what_one_thread_gives(notes, tmp_path):
         for save in saves:
             save.result()
     for k in range(4):
-        assert comparable_files(tmp_path / f"threads{k}") == comparable_files(tmp_path / "one")
+        assert files_in(tmp_path / f"threads{k}") == files_in(tmp_path / "one")
 
 
 def test_the_gil_is_released_while_the_library_works(notes, tmp_path):
