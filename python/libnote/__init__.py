@@ -191,7 +191,8 @@ class Page:
         (1872 * scale, 1404 * scale, 4): the pixels of notetool's PNG of the page.
 
         ``scale`` is a whole number (each pixel a square); ``background`` False leaves out
-        the background layer; ``transparent`` leaves out the white paper.
+        the background layer; ``transparent`` leaves out the white paper, and with it the
+        background layer's white, as notetool does.
         """
         whole = int(round(scale))
         if whole < 1 or abs(scale - whole) > 1e-9:
