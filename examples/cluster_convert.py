@@ -113,6 +113,8 @@ def run(args):
     with connect(args) as client:
         tasks, failures = submit_notes(client, args, drawing)
         pages = notes = 0
+        # On a terminal the progress line is redrawn in place; elsewhere (a log) it is a line a note.
+        redraw, end = ("\r", "") if sys.stderr.isatty() else ("", "\n")
         for done, future in enumerate(as_completed(tasks), 1):
             try:
                 pages += future.result()
@@ -122,9 +124,9 @@ def run(args):
             except Exception as error:  # a worker lost on the note, for one
                 failures.append(f"{tasks[future]}: {type(error).__name__}: {error}")
             seconds = time.monotonic() - start
-            print(f"\r{PROGRAM}: {done}/{len(tasks)} notes, {pages} pages, {pages / seconds:.1f} pages/s",
-                  end="", file=sys.stderr, flush=True)
-        if tasks:
+            print(f"{redraw}{PROGRAM}: {done}/{len(tasks)} notes, {pages} pages, {pages / seconds:.1f} pages/s",
+                  end=end, file=sys.stderr, flush=True)
+        if tasks and not end:
             print(file=sys.stderr)
     for failure in failures:
         print(f"{PROGRAM}: {failure}", file=sys.stderr)

@@ -17,4 +17,5 @@ class NoteError(Exception):
         self.reason = reason
 
     def __str__(self) -> str:
-        return f"{self.message}: {self.reason}" if self.reason else self.message
+        # notetool's page library words most failures with their reason already.
+        return f"{self.message}: {self.reason}" if self.reason and self.reason not in self.message else self.message
