@@ -18,13 +18,14 @@
 #include <utility>
 #include <vector>
 
+#include "picture.h"
 #include "trailContainer.h"
 
 namespace notewriter {
 
-constexpr int kPictureWidth = 1404;
-constexpr int kPictureHeight = 1872;
-constexpr std::size_t kPictureSize = 2628288;  // kPictureWidth * kPictureHeight, row by row
+using noteformat::kPictureHeight;
+using noteformat::kPictureSize;
+using noteformat::kPictureWidth;
 constexpr const char* kTag = "KW_FILE_VER_20220013";
 
 // Key/value items of a metadata block, in order.
