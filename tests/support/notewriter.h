@@ -64,6 +64,15 @@ std::string blockText(const Items& items);
 // bytes follow attrP, because the reader takes attrP only with four bytes of room.
 std::string strokeRecord(const TrailContainer& trail, int32_t skippedCount = 0, bool withTexts = false);
 
+// Where strokeRecord puts each field a test may cut at or overwrite: the offset of its first
+// byte in the record ("...Count" is the count in front of a section).
+struct StrokeFields {
+    std::size_t typeName, subName, disableAreaCount, pointCount, pressureCount, angleCount, flagDrawCount,
+        epaPointCount, epaGrayCount, fixedBlock, controlNumCount, attrM0, renderFlag, contourCount, skippedCount,
+        attrI, attrD, attrE, extraControlNumCount, pageWidth, pageHeight, attrN, attrP;
+};
+StrokeFields strokeFields(const TrailContainer& trail, int32_t skippedCount = 0);
+
 // The run-length code (pairs only, no length field) of a full picture, made by the
 // library's own encoder. pixels must hold kPictureSize bytes.
 std::string encodePicture(const std::vector<uint8_t>& pixels);
