@@ -182,9 +182,10 @@ std::string encode(const TrailContainer& t, std::size_t spare = 0) {
 }
 
 TEST(Trail2Data, WritesTheReadersLayoutWithoutTheSkippedCount) {
-    TrailContainer sample = sampleTrail();
-    std::copy_n(sample.rectB, 4, sample.rectA);  // rectA's words carry rectB when written
-    const std::string read = strokeRecord(sample, 0, true), other = strokeRecord(sample, 1, true);
+    const TrailContainer sample = sampleTrail();
+    TrailContainer asRead = sample;
+    std::copy_n(sample.rectB, 4, asRead.rectA);  // rectA's words carry rectB when written
+    const std::string read = strokeRecord(asRead, 0, true), other = strokeRecord(asRead, 1, true);
     const std::string written = encode(sample, 64);
     EXPECT_EQ(written.substr(written.size() - 64), std::string(64, char(0xAA)));  // the size is exact
     // The skipped count is where the reader's records with other counts first differ.
