@@ -9,6 +9,7 @@
 
 #include "handwriting.h"
 #include "notewriter.h"
+#include "picture.h"
 
 namespace bench {
 
@@ -18,10 +19,9 @@ using notewriter::kPictureHeight;
 using notewriter::kPictureSize;
 using notewriter::kPictureWidth;
 
-constexpr uint8_t kTransparent = 0xFF;
-constexpr uint8_t kWhite = 0xFE;
+using noteformat::kTransparent;
+using noteformat::kWhite;
 constexpr uint8_t kGrey = 0x30;
-constexpr std::array<uint8_t, 7> kInk = {0x00, 0x01, 0x30, 0x31, 0x50, 0x51, 0xFE};
 
 // A small generator of our own, so that every run and every machine measures the same
 // pictures and strokes.
@@ -58,7 +58,7 @@ std::vector<uint8_t> densePicture() {
         at += random.between(20, 60);
         const std::size_t length = random.between(2, 12);
         if (at + length > kPictureSize) break;
-        std::fill_n(p.begin() + at, length, kInk[run % kInk.size()]);
+        std::fill_n(p.begin() + at, length, noteformat::kInkValues[run % noteformat::kInkValues.size()]);
     }
     return p;
 }

@@ -9,11 +9,12 @@
 #include <cstdio>
 #include <exception>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "kwdatafile.h"
 #include "kwdataoperationfile.h"
+#include "layers.h"
+#include "status.h"
 
 namespace {
 
@@ -25,19 +26,16 @@ struct PageInfo {
 };
 
 std::string layersPresent(const KwPageFeatureModule& page) {
-    const std::pair<const char*, int> sites[] = {{"MAINLAYER", page.mainLayerSite}, {"LAYER1", page.layer1Site},
-                                                 {"LAYER2", page.layer2Site},       {"LAYER3", page.layer3Site},
-                                                 {"BGLAYER", page.bgLayerSite}};
     std::string names;
-    for (const auto& site : sites)
-        if (site.second != 0) names += std::string(names.empty() ? "" : " ") + site.first;
+    for (const noteformat::Layer& layer : noteformat::kLayers)
+        if (page.*layer.site != 0) names += std::string(names.empty() ? "" : " ") + layer.name;
     return names.empty() ? "none" : names;
 }
 
 // Reads the layer sites and only the head of the stroke block, which carries the count.
 PageInfo readPage(KwFileProcess& file, int number) {
     PageFeatureReadFlag flags;
-    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
+    noteformat::selectAllLayers(flags);
     flags.totalPath = flags.totalPathHead = true;
     KwPageFeatureModule page;
     PageInfo info;
@@ -60,7 +58,7 @@ int main(int argc, char** argv) {
     const int pageCount = KwDataOperationFile().fetchTotalPageNumOfNote(path);
     KwFileProcess file;
     KwFileIndexModule index;
-    if (pageCount < 0 || !file.init_datafile(path) || file.fetchIndex(index) != 0) {
+    if (pageCount < 0 || !file.init_datafile(path) || file.fetchIndex(index) != status::Ok) {
         std::fprintf(stderr, "\nnote-info: cannot read %s\n", path.c_str());
         return 1;
     }
@@ -78,7 +76,7 @@ int main(int argc, char** argv) {
         std::printf("note-info: index %s at %d\n", entry.name.c_str(), entry.site);
     int failures = 0;
     for (const PageInfo& page : pages) {
-        if (page.status != 0) {
+        if (page.status != status::Ok) {
             std::printf("note-info: page %d unreadable (status %d)\n", page.number, page.status);
             ++failures;
             continue;

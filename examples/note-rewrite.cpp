@@ -28,12 +28,14 @@
 #include "kwdataload.h"
 #include "kwdataoperationfile.h"
 #include "kwfilefeaturemodule.h"
+#include "layers.h"
 #include "notewriter.h"
+#include "picture.h"
+#include "status.h"
 
 namespace {
 
-constexpr unsigned long kPictureSize = 1404ul * 1872ul;
-const char* const kLayerNames[] = {"MAINLAYER", "LAYER1", "LAYER2", "LAYER3", "BGLAYER"};
+using noteformat::kPictureSize;
 
 void report(const std::string& line) { std::printf("\nnote-rewrite: %s", line.c_str()); }
 
@@ -87,10 +89,11 @@ std::vector<PageData> readPages(KwFileProcess& file, KwFileIndexModule& index) {
         PageData data;
         data.number = number;
         PageFeatureReadFlag flags = everything();
-        check(file.fetchPageFeature(data.page, number, flags) == 0, "cannot read page " + std::to_string(number));
-        for (const char* name : kLayerNames) {
+        check(file.fetchPageFeature(data.page, number, flags) == status::Ok, "cannot read page " + std::to_string(number));
+        for (const noteformat::Layer& known : noteformat::kLayers) {
+            const char* name = known.name;
             KwLayerFeatureModule layer;
-            check(file.fetchLayerFeature(layer, data.page, name) == 0, std::string("cannot read layer ") + name);
+            check(file.fetchLayerFeature(layer, data.page, name) == status::Ok, std::string("cannot read layer ") + name);
             if (layer.layerBitmapSite != 0 || layer.layerName != "none") data.layers.emplace(name, std::move(layer));
         }
         pages.push_back(std::move(data));
@@ -99,15 +102,15 @@ std::vector<PageData> readPages(KwFileProcess& file, KwFileIndexModule& index) {
 }
 
 std::vector<char> decode(KwLayerFeatureModule& layer) {
-    std::vector<char> pixels(kPictureSize, static_cast<char>(0xFF));
+    std::vector<char> pixels(kPictureSize, static_cast<char>(noteformat::kTransparent));
     unsigned long unused = 0;
-    check(layer.fetchCompressedData(pixels.data(), unused) == 0, "cannot expand a picture");
+    check(layer.fetchCompressedData(pixels.data(), unused) == status::Ok, "cannot expand a picture");
     return pixels;
 }
 
 // The edit: a black border, 8 pixels wide, round the picture.
 std::vector<char> framed(std::vector<char> pixels) {
-    const int width = 1404, height = 1872, border = 8;
+    const int width = noteformat::kPictureWidth, height = noteformat::kPictureHeight, border = 8;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             if (x < border || y < border || x >= width - border || y >= height - border) pixels[y * width + x] = 0;
@@ -176,12 +179,12 @@ std::string rewrite(const std::string& source, KwFileIndexModule& index, const K
     std::vector<ModuleItem> headerItems;
     KwFileFeatureModule(header).produceVecMI(headerItems);
     if (!index.fetchModuleSite("FILE_FEATURE").empty())
-        check(index.changeModuleSiteForIndexItem("FILE_FEATURE", static_cast<int>(out.block(toItems(headerItems)))) == 0,
+        check(index.changeModuleSiteForIndexItem("FILE_FEATURE", static_cast<int>(out.block(toItems(headerItems)))) == status::Ok,
               "cannot move the header");
 
     for (auto it = pages.rbegin(); it != pages.rend(); ++it) {
         const uint64_t site = writePage(out, *it, source);
-        check(index.changeModuleSiteForPage("PAGE", it->number, static_cast<int>(site)) == 0, "cannot move a page");
+        check(index.changeModuleSiteForPage("PAGE", it->number, static_cast<int>(site)) == status::Ok, "cannot move a page");
     }
     std::vector<ModuleItem> indexItems;
     index.produceVecMI(indexItems);
@@ -191,9 +194,9 @@ std::string rewrite(const std::string& source, KwFileIndexModule& index, const K
 // ---- reading the result back ----
 
 std::vector<char> picture(const std::string& path, int page, const char* layer) {
-    std::vector<char> pixels(kPictureSize, static_cast<char>(0xFF));
+    std::vector<char> pixels(kPictureSize, static_cast<char>(noteformat::kTransparent));
     const int result = KwDataLoad().fetchNoteDataFromFileByLayer(path, page, layer, pixels.data());
-    return result == 0 ? pixels : std::vector<char>();
+    return result == status::Ok ? pixels : std::vector<char>();
 }
 
 // Points and pressures of every stroke; the records are copied whole, so these stand for all.
@@ -221,7 +224,7 @@ int compare(const std::string& before, const std::string& after, const std::vect
 
     KwFileProcess file;
     KwFileIndexModule index;
-    check(file.init_datafile(after) && file.fetchIndex(index) == 0, "cannot read the index of " + after);
+    check(file.init_datafile(after) && file.fetchIndex(index) == status::Ok, "cannot read the index of " + after);
     std::vector<ModuleItem> was, now;
     KwFileFeatureModule(header).produceVecMI(was);
     readHeader(after, index).produceVecMI(now);
@@ -233,8 +236,8 @@ int compare(const std::string& before, const std::string& after, const std::vect
         const std::string page = "page " + std::to_string(data.number);
         std::vector<TrailContainer> a, b;
         KwDataLoad loader;
-        const bool read = loader.fetchNotePathFromFile(a, before, data.number) == 0 &&
-                          loader.fetchNotePathFromFile(b, after, data.number) == 0;
+        const bool read = loader.fetchNotePathFromFile(a, before, data.number) == status::Ok &&
+                          loader.fetchNotePathFromFile(b, after, data.number) == status::Ok;
         expect(read && sameStrokes(a, b), page + " strokes (" + std::to_string(a.size()) + ")");
         for (const auto& layer : data.layers) {
             const bool replaced = data.number == pages.front().number && layer.first == "MAINLAYER";
@@ -257,7 +260,7 @@ int main(int argc, char** argv) {
     try {
         KwFileProcess file;
         KwFileIndexModule index;
-        check(file.init_datafile(source) && file.fetchIndex(index) == 0, "cannot read the index of " + source);
+        check(file.init_datafile(source) && file.fetchIndex(index) == status::Ok, "cannot read the index of " + source);
         const KwFileFeatureModule header = readHeader(source, index);
         std::vector<PageData> pages = readPages(file, index);
         check(!pages.empty() && pages.front().layers.count("MAINLAYER"), "page 1 has no MAINLAYER to replace");
@@ -265,7 +268,7 @@ int main(int argc, char** argv) {
         KwLayerFeatureModule& main = pages.front().layers.at("MAINLAYER");
         const std::vector<char> newPicture = framed(decode(main));
         std::vector<char> input = newPicture;
-        check(main.setCompressedData(input.data(), kPictureSize) == 0, "cannot compress the new picture");
+        check(main.setCompressedData(input.data(), kPictureSize) == status::Ok, "cannot compress the new picture");
 
         notewriter::writeFile(target, rewrite(source, index, header, pages));
         const int faults = compare(source, target, pages, header, newPicture);

@@ -8,6 +8,7 @@
 // so page 0 and negative pages are tried) and the layer name (the five names and one that
 // is refused); one target thereby covers every combination.
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,11 +17,19 @@
 #include "harness.h"
 #include "kwdatafile.h"
 #include "kwdataoperationfile.h"
+#include "layers.h"
+#include "picture.h"
+#include "status.h"
 
 namespace {
 
-constexpr std::size_t kPictureSize = 1872 * 1404;
-const char* const kLayerNames[] = {"MAINLAYER", "LAYER1", "LAYER2", "LAYER3", "BGLAYER", "mainlayer"};
+// The five layer names, then one that is refused.
+constexpr std::array<const char*, 6> kLayerNames = [] {
+    std::array<const char*, 6> names{};
+    for (std::size_t i = 0; i < 5; ++i) names[i] = noteformat::kLayers[i].name;
+    names[5] = "mainlayer";
+    return names;
+}();
 
 struct Choice {
     int page = 1;
@@ -32,7 +41,7 @@ Choice takeChoice(std::size_t& size, const uint8_t* data) {
     Choice choice;
     if (size < 2) return choice;
     choice.page = static_cast<int8_t>(data[size - 2]);
-    choice.layer = kLayerNames[data[size - 1] % (sizeof kLayerNames / sizeof *kLayerNames)];
+    choice.layer = kLayerNames[data[size - 1] % kLayerNames.size()];
     size -= 2;
     return choice;
 }
@@ -61,7 +70,7 @@ void readModules(const std::string& path, const Choice& choice, char* pixels) {
         int result = -1;
         fuzzharness::expectingDocumentedErrors([&] { result = reader.fetchLayerFeature(layer, page, name); });
         unsigned long length = 0;
-        if (result == 0) layer.fetchCompressedData(pixels, length);
+        if (result == status::Ok) layer.fetchCompressedData(pixels, length);
     }
 }
 
@@ -84,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const std::string& path = fuzzharness::writeNoteFile(data, size);
     // Exactly one picture, so that a write past its end is caught; kept from one input to
     // the next, as mapping fresh pages for every input would cost more than the reading.
-    static const std::unique_ptr<char[]> pixels(new char[kPictureSize]);
+    static const std::unique_ptr<char[]> pixels(new char[noteformat::kPictureSize]);
     readModules(path, choice, pixels.get());
     readThroughFacade(path, choice, pixels.get());
     return 0;

@@ -6,10 +6,11 @@
 
 #include "config.h"
 #include "harness.h"
+#include "picture.h"
 
 namespace {
 
-constexpr std::size_t kPictureSize = 1872 * 1404;
+using noteformat::kPictureSize;
 
 // A picture of exactly 2628288 bytes, so that a write past its end is caught; kept from one
 // input to the next, as mapping fresh pages for every input would cost more than the decoding.

@@ -4,15 +4,18 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 #include "config.h"
 #include "harness.h"
+#include "picture.h"
 
 namespace {
 
-constexpr std::size_t kPictureSize = 1872 * 1404;
-constexpr uint8_t kPixelValues[8] = {0x00, 0x01, 0x30, 0x31, 0x50, 0x51, 0xFE, 0xFF};
+using noteformat::kPictureSize;
+using noteformat::kPixelValues;
+static_assert(std::size(kPixelValues) == 8, "three bits of an input byte choose a pixel value");
 
 // Two pictures of exactly 2628288 bytes, so that a write past the end is caught; kept from
 // one input to the next, as mapping fresh pages for every input would cost more than the
@@ -28,11 +31,11 @@ char* pictureBuffer(int which) {
 // many thousands. What the runs leave over is transparent.
 char* pictureFrom(const uint8_t* data, std::size_t size) {
     char* picture = pictureBuffer(0);
-    std::memset(picture, 0xFF, kPictureSize);
+    std::memset(picture, noteformat::kTransparent, kPictureSize);
     std::size_t at = 0;
     for (std::size_t i = 0; i + 1 < size && at < kPictureSize; i += 2) {
         const std::size_t run = std::min<std::size_t>((data[i + 1] + 1u) << ((data[i] >> 3) & 7), kPictureSize - at);
-        std::memset(picture + at, kPixelValues[data[i] & 7], run);
+        std::memset(picture + at, kPixelValues[data[i] & 7].value, run);
         at += run;
     }
     return picture;

@@ -8,6 +8,8 @@
 
 #include "config.h"
 #include "harness.h"
+#include "picture.h"
+#include "status.h"
 
 namespace {
 
@@ -19,10 +21,10 @@ void decodeStroke(const uint8_t* data, std::size_t size) {
     int result = -1;
     fuzzharness::expectingDocumentedErrors(
         [&] { result = data2Trail(record.get(), static_cast<int>(size), trail); });
-    if (result != 0) return;
+    if (result != status::Ok) return;
     // A decoded stroke is what hosts map onto their images.
     std::vector<MorvaPoint> points;
-    mappingTrailPoints2imageSize(trail, 1404, 1872, points, 1);
+    mappingTrailPoints2imageSize(trail, noteformat::kPictureWidth, noteformat::kPictureHeight, points, 1);
     mappingTrailPoints2imageSize(trail, 1, 1, points, 0);
 }
 

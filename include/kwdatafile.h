@@ -11,6 +11,10 @@ class LIBNOTE_API KwFileProcess : public KwFileLoad {
 public:
     KwFileProcess();
 
+    // init_datafile(): binds the reader to path once the file exists.
+    // @return true when bound; false for an empty path ("ERROR path is null"), a path
+    // that does not exist ("ERROR file is note exists.errno:<n>,errmsg:<text>") or a
+    // reader that refuses it ("init failed.").
     bool init_datafile(std::string path);
 };
 

@@ -10,7 +10,10 @@ class LIBNOTE_API KwDataOperationFile : public KwDataLoad {
 public:
     KwDataOperationFile();
 
-    // The number of pages of a note, or -1.
+    // fetchTotalPageNumOfNote():
+    // @return the number of index entries whose name begins with "PAGE" (printing
+    // "Num:<n>"); -1 when the reader cannot be bound ("init_datafile failed") or the index
+    // cannot be read ("fetchIndex error.", after the reader's own lines).
     int fetchTotalPageNumOfNote(std::string path);
 };
 

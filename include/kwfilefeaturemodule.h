@@ -28,7 +28,11 @@ public:
     unsigned long fileRecognType;
     std::string fileRecognLanguage;
 
+    // setInfoOfModuleFile(): takes the header keys of items (a repeated key overwrites,
+    // "APP_VERTION" is read as "APP_VERSION"); an absent key keeps its default. Numbers are
+    // read through one text stream shared by the call. Prints nothing.
     void setInfoOfModuleFile(std::vector<ModuleItem>& items);
+    // produceVecMI(): replaces items with the fifteen header keys, in file order.
     void produceVecMI(std::vector<ModuleItem>& items);
 };
 

@@ -70,6 +70,22 @@ public:
     std::vector<fiveStarDB> fiveStars;
     unsigned long totalPathLength;
 
+    // setInfoOfPageFeature():
+    //   Takes the keys of items that flags select, in the items' order; numbers are read
+    //   as a stream reads an int (0 without a leading number). With totalPath and
+    //   totalPathHead or totalPathTrails, a non-zero TOTALPATH site reads the stroke block
+    //   from the file at path: its total length and stroke count, and with totalPathTrails
+    //   each record (see data2Trail). Five-star marks are kept when they hold exactly eleven
+    //   comma-separated numbers.
+    //   @return 0; or, for the stroke block, stopping there with what was taken so far: 1
+    //   (cannot open), 38 (a seek), 17 (the site reaches past the file's end: "totalpath
+    //   site error."; a short read: "read totalpath length error-----errno:<n>", "read
+    //   totalpath trailsize error-----errno:<n>", "read trail len error-----errno:<n>",
+    //   "read trail data error-----errno:<n>,errmsg:<text>", a record longer than the file
+    //   included; or a record data2Trail refuses: "data2Trail error.") or 25 (closing).
+    //   @throws std::invalid_argument or std::out_of_range from "stoi" for a five-star
+    //   piece that is not a number, std::length_error for a stroke record with a negative
+    //   section count. The file is closed first.
     int setInfoOfPageFeature(std::vector<ModuleItem>& items, std::string path, PageFeatureReadFlag& flags);
 };
 

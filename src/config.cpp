@@ -17,6 +17,8 @@
 
 #include "log.h"
 #include "noteio.h"
+#include "picture.h"
+#include "status.h"
 
 std::string kwFileIdenificationTag = "KW_FILE_VER_20220013";
 
@@ -173,85 +175,38 @@ bool readModuleItemFromFile(FILE*& fp, std::vector<ModuleItem>& items, unsigned 
 // ---------------------------------------------------------------------------------------
 // Layer bitmaps: the run-length code
 
-// Colour code -> pixel value; 0xFF (skip) for every code the encoder never writes.
-const int UNCOMPRESS_INDEX[256] = {
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0x00, 0xFF, 0x30, 0x50, 0xFE, 0x01, 0x31, 0x51, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-};
+// The three public tables, made from the pixel values (picture.h) when the library is
+// compiled. An array's initialiser lists its elements one by one: these macros list f(0) to
+// f(255).
+#define LIBNOTE_EACH_OF_16(f, row)                                                                   \
+    f(row + 0), f(row + 1), f(row + 2), f(row + 3), f(row + 4), f(row + 5), f(row + 6), f(row + 7), \
+    f(row + 8), f(row + 9), f(row + 10), f(row + 11), f(row + 12), f(row + 13), f(row + 14), f(row + 15)
+#define LIBNOTE_EACH_BYTE(f)                                                                                \
+    LIBNOTE_EACH_OF_16(f, 0x00), LIBNOTE_EACH_OF_16(f, 0x10), LIBNOTE_EACH_OF_16(f, 0x20),                \
+    LIBNOTE_EACH_OF_16(f, 0x30), LIBNOTE_EACH_OF_16(f, 0x40), LIBNOTE_EACH_OF_16(f, 0x50),                \
+    LIBNOTE_EACH_OF_16(f, 0x60), LIBNOTE_EACH_OF_16(f, 0x70), LIBNOTE_EACH_OF_16(f, 0x80),                \
+    LIBNOTE_EACH_OF_16(f, 0x90), LIBNOTE_EACH_OF_16(f, 0xA0), LIBNOTE_EACH_OF_16(f, 0xB0),                \
+    LIBNOTE_EACH_OF_16(f, 0xC0), LIBNOTE_EACH_OF_16(f, 0xD0), LIBNOTE_EACH_OF_16(f, 0xE0),                \
+    LIBNOTE_EACH_OF_16(f, 0xF0)
+#define LIBNOTE_VALUE_OF_CODE(b) int{noteformat::valueOfCode(static_cast<uint8_t>(b))}
+#define LIBNOTE_CODE_OF_VALUE(b) noteformat::codeOfValue(static_cast<uint8_t>(b))
+#define LIBNOTE_COLOUR_OF_VALUE(b) static_cast<int>(noteformat::colourOfValue(static_cast<uint8_t>(b)))
 
-// Pixel value -> colour code; values that are not pixel values code as 0x00, a skip.
-const unsigned char COMPRESS_INDEX[256] = {
-    0x61, 0x66, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x63, 0x67, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x64, 0x68, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x65, 0x62,
-};
+// Colour code -> pixel value; transparent (a skipped run) for every code the encoder never
+// writes.
+const int UNCOMPRESS_INDEX[256] = {LIBNOTE_EACH_BYTE(LIBNOTE_VALUE_OF_CODE)};
+// Pixel value -> colour code; bytes that are not pixel values code as kNoCode, a skip.
+const unsigned char COMPRESS_INDEX[256] = {LIBNOTE_EACH_BYTE(LIBNOTE_CODE_OF_VALUE)};
+// Pixel value -> colour 0xAARRGGBB, stored as int.
+const int NOTE_COLOR_CONVERT_INDEX[256] = {LIBNOTE_EACH_BYTE(LIBNOTE_COLOUR_OF_VALUE)};
 
-// Pixel value -> colour 0xAARRGGBB (stored as int, hence the casts).
-const int NOTE_COLOR_CONVERT_INDEX[256] = {
-    int(0xFF010101), int(0xFF010101), 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    int(0xFF9D9D9D), int(0xFF9D9D9D), 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    int(0xFFC9C9C9), int(0xFFC9C9C9), 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, int(0xFFFEFEFE), 0,
-};
+#undef LIBNOTE_COLOUR_OF_VALUE
+#undef LIBNOTE_CODE_OF_VALUE
+#undef LIBNOTE_VALUE_OF_CODE
+#undef LIBNOTE_EACH_BYTE
+#undef LIBNOTE_EACH_OF_16
 
 namespace {
-
-constexpr unsigned long kPictureSize = 1872ul * 1404ul;
 
 // The run length of each length byte: 1 to 128 pixels, or multiples of 128 up to 16384.
 // A table, so that the decoder takes it without a branch.
@@ -293,7 +248,7 @@ inline void fillRun(char* p, unsigned char value, unsigned long n) {
     }
 }
 
-constexpr unsigned char kSkipped = 0xFF;
+constexpr unsigned char kSkipped = noteformat::kTransparent;
 
 // The pixel value of a colour code, kSkipped for a run that is not written. Codes 0x80 and
 // above, taken as signed, fall outside the table; like every code the encoder never writes,
@@ -401,7 +356,7 @@ void decodeGroups(char* dest, const unsigned char* src, unsigned long srcLen, un
         const unsigned char* pairs = src + i;
         const uint64_t written = sumRuns(codes, pairs, static_cast<uint32_t>(total), starts);
         const unsigned long end = starts[kPairsAtOnce];
-        if (end + kSpan > kPictureSize) return;
+        if (end + kSpan > noteformat::kPictureSize) return;
 
         unsigned r = 0;
         for (uint64_t w = written; w != 0; w &= w - 1)
@@ -440,10 +395,10 @@ bool uncompresseDataByRLE(char* dest, unsigned long /*destLen: the picture size 
     for (; i < srcLen; i += 2) {
         const unsigned char value = pixelOf(code[i]);
         const unsigned long n = runLength(code[i + 1]);
-        if (value != kSkipped && total < kPictureSize) fillRun(dest + total, value, std::min(n, kPictureSize - total));
+        if (value != kSkipped && total < noteformat::kPictureSize) fillRun(dest + total, value, std::min(n, noteformat::kPictureSize - total));
         total += n;
     }
-    if (total != kPictureSize) {
+    if (total != noteformat::kPictureSize) {
         kwlog::text("uncompresseDataByRLE DataLen:");
         kwlog::unsignedNumber(total);
     }
@@ -491,14 +446,11 @@ int unitForRLE(int& count, unsigned char value, unsigned char* out, unsigned lon
 namespace {
 
 // The eight values a layer is made of: only runs of these pass a block at a time.
-inline bool isLayerValue(unsigned char v) {
-    switch (v) {
-        case 0xFF: case 0x00: case 0x30: case 0x50: case 0xFE: case 0x01: case 0x31: case 0x51:
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr std::array<bool, 256> kIsPixelValue = [] {
+    std::array<bool, 256> is{};
+    for (unsigned byte = 0; byte < 256; ++byte) is[byte] = noteformat::isPixelValue(static_cast<uint8_t>(byte));
+    return is;
+}();
 
 constexpr unsigned long kMaxBlocksAtOnce = 1ul << 16;
 
@@ -621,7 +573,7 @@ bool compresseDataByRLE(char* src, unsigned long size, unsigned char* dest, unsi
     // The last size mod 8 bytes are not coded; a layer bitmap has none.
     const unsigned long blocks = size / 8;
     for (unsigned long b = 0; b < blocks;) {
-        if (isLayerValue(runValue)) {
+        if (kIsPixelValue[runValue]) {
             const unsigned long same = countBlocksOf(src + 8 * b, blocks - b, runValue);
             b += same;
             count += static_cast<int>(8 * same);
@@ -853,15 +805,15 @@ int data2Trail(char* data, int length, TrailContainer& trail) {
     if (trail.m_emrPointAxis != 1) kwlog::text("m_emrPointAxis != 1");
 
     in.skipTo(208);
-    if (!readDisableAreas(in, length, trail.disableAreaList)) return -1;
-    if (!readResizedSection(in, length, trail.m_points, "m_points")) return -1;
-    if (!readResizedSection(in, length, trail.pressures, "pressures")) return -1;
-    if (!readResizedSection(in, length, trail.angles, "angles")) return -1;
-    if (!readFlagDraw(in, trail.flagDraw)) return -1;
-    if (!readAppendedSection<MorvaPoint>(in, trail.epaPoints, "epaPoints")) return -1;
-    if (!readAppendedSection<int32_t>(in, trail.epaGrays, "epaGrays")) return -1;
+    if (!readDisableAreas(in, length, trail.disableAreaList)) return status::StrokeOverrun;
+    if (!readResizedSection(in, length, trail.m_points, "m_points")) return status::StrokeOverrun;
+    if (!readResizedSection(in, length, trail.pressures, "pressures")) return status::StrokeOverrun;
+    if (!readResizedSection(in, length, trail.angles, "angles")) return status::StrokeOverrun;
+    if (!readFlagDraw(in, trail.flagDraw)) return status::StrokeOverrun;
+    if (!readAppendedSection<MorvaPoint>(in, trail.epaPoints, "epaPoints")) return status::StrokeOverrun;
+    if (!readAppendedSection<int32_t>(in, trail.epaGrays, "epaGrays")) return status::StrokeOverrun;
     readFixedBlock(in, trail);
-    if (!readAppendedSection<int32_t>(in, trail.m_controlNums, "m_controlNums")) return -1;
+    if (!readAppendedSection<int32_t>(in, trail.m_controlNums, "m_controlNums")) return status::StrokeOverrun;
     trail.attrM0 = in.i32();
     trail.attrM1 = in.i32();
     trail.attrO = in.u8();
@@ -869,16 +821,16 @@ int data2Trail(char* data, int length, TrailContainer& trail) {
     // Short, older records end before the render flag; they are accepted as read so far.
     if (!in.fits(1)) {
         kwlog::text("renderFlag empty.");
-        return 0;
+        return status::Ok;
     }
     trail.renderFlag = in.u8();
-    if (!readContours(in, trail.PointContour)) return -1;
+    if (!readContours(in, trail.PointContour)) return status::StrokeOverrun;
 
     // The skipped section's elements are not kept; the step is 32-bit arithmetic.
     const int32_t skipped = in.i32();
     in.advance(static_cast<int64_t>(static_cast<uint32_t>(skipped) * 16u));
 
-    return readTail(in, trail) == Tail::Overrun ? -1 : 0;
+    return readTail(in, trail) == Tail::Overrun ? status::StrokeOverrun : status::Ok;
 }
 
 namespace {
@@ -1027,11 +979,11 @@ int mappingTrailPoints2imageSize(const TrailContainer& trail, int width, int hei
                                  int toLastIndex) {
     if (width < 1 || height < 1) {
         kwlog::text("cimage==NULL || cimage->p==NULL");
-        return 0;
+        return status::Ok;
     }
     if (trail.maxX == 0 || trail.maxY == 0) {
         kwlog::text("error ,   trailContainer.maxX==0 || trailContainer.maxY==0");
-        return 0;
+        return status::Ok;
     }
     const double a = toLastIndex ? width - 1 : width;
     const double b = toLastIndex ? height - 1 : height;
@@ -1063,5 +1015,5 @@ int mappingTrailPoints2imageSize(const TrailContainer& trail, int width, int hei
             kwlog::text("bad coordinateOrigin");
             break;
     }
-    return 0;
+    return status::Ok;
 }

@@ -11,11 +11,12 @@
 #include "kwdatafile.h"
 #include "kwlayerfeaturemodule.h"
 #include "kwpagefeaturemodule.h"
+#include "layers.h"
 #include "log.h"
+#include "picture.h"
+#include "status.h"
 
 namespace {
-
-constexpr std::size_t kPictureSize = 1872 * 1404;
 
 bool fileExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
@@ -30,12 +31,8 @@ void logPath(const std::string& path) {
 // The line for a page that holds no module for a known layer; null for other names,
 // which fetchLayerFeature refuses itself.
 const char* missingLayerMessage(const KwPageFeatureModule& page, const std::string& layer) {
-    if (layer == "MAINLAYER" && page.mainLayerSite == 0) return "mainlayer have no data.";
-    if (layer == "LAYER1" && page.layer1Site == 0) return "layer1 have no data.";
-    if (layer == "LAYER2" && page.layer2Site == 0) return "layer2 have no data.";
-    if (layer == "LAYER3" && page.layer3Site == 0) return "layer3 have no data.";
-    if (layer == "BGLAYER" && page.bgLayerSite == 0) return "bglayer have no data.";
-    return nullptr;
+    const noteformat::Layer* known = noteformat::findLayer(layer);
+    return known && page.*known->site == 0 ? known->noDataText : nullptr;
 }
 
 // Colours by pixel byte. The colour table is indexed with the byte taken as signed, so
@@ -57,8 +54,8 @@ struct ColourTable {
 // mask; then only those are looked up pixel by pixel.
 void convertToColours(const unsigned char* bytes, uint32_t* colours) {
     static const ColourTable table;
-    static_assert(kPictureSize % 8 == 0, "a picture is a whole number of 8-byte blocks");
-    constexpr std::size_t kBlocks = kPictureSize / 8;
+    static_assert(noteformat::kPictureSize % 8 == 0, "a picture is a whole number of 8-byte blocks");
+    constexpr std::size_t kBlocks = noteformat::kPictureSize / 8;
     constexpr uint64_t kEveryByte = 0x0101010101010101ULL;
     for (std::size_t group = 0; group < kBlocks; group += 64) {
         const std::size_t blocks = std::min<std::size_t>(64, kBlocks - group);
@@ -86,52 +83,52 @@ int KwDataLoad::fetchNoteDataFromFileByLayer(std::string path, int page, std::st
     logPath(path);
     if (!fileExists(path)) {
         kwlog::text("file not exist.");
-        return 2;
+        return status::FileMissing;
     }
     KwFileProcess file;
     if (!file.init_datafile(path)) {
         kwlog::text("init_datafile error.");
-        return 30;
+        return status::ReaderNotBound;
     }
     // Only the layer sites: no strokes are read for a picture.
     KwPageFeatureModule pageModule;
     PageFeatureReadFlag flags;
-    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
-    if (file.fetchPageFeature(pageModule, page, flags) != 0) {
+    noteformat::selectAllLayers(flags);
+    if (file.fetchPageFeature(pageModule, page, flags) != status::Ok) {
         kwlog::text("fetchPageFeature error.");
-        return 26;
+        return status::PageUnreadable;
     }
     if (const char* missing = missingLayerMessage(pageModule, layer)) {
         kwlog::line(missing);
-        return 27;
+        return status::LayerUnavailable;
     }
     KwLayerFeatureModule layerModule;
-    if (file.fetchLayerFeature(layerModule, pageModule, layer) != 0) {
+    if (file.fetchLayerFeature(layerModule, pageModule, layer) != status::Ok) {
         kwlog::text("fetchLayerFeature error.");
-        return 27;
+        return status::LayerUnavailable;
     }
     if (layerModule.layerBitmapSite == 0) {
         // The layer exists but has no picture: success, and pixels stay as they were.
         kwlog::line("else");
     } else {
         unsigned long length = 0;
-        if (layerModule.fetchCompressedData(pixels, length) != 0) {
+        if (layerModule.fetchCompressedData(pixels, length) != status::Ok) {
             kwlog::text("fetchCompressedData error.");
-            return 9;
+            return status::BitmapNotExpanded;
         }
     }
     kwlog::line("fetchNoteDataFromFileByLayer");
-    return 0;
+    return status::Ok;
 }
 
 uint32_t* KwDataLoad::loadImageData(std::string path, int page, std::string layer) {
     // Pre-filled with transparent, so every pixel the layer does not draw stays so.
-    std::unique_ptr<char[]> bytes(new (std::nothrow) char[kPictureSize + 1]);
+    std::unique_ptr<char[]> bytes(new (std::nothrow) char[noteformat::kPictureSize + 1]);
     if (!bytes) return nullptr;
-    std::memset(bytes.get(), 0xFF, kPictureSize);
-    if (fetchNoteDataFromFileByLayer(path, page, layer, bytes.get()) != 0) return nullptr;
+    std::memset(bytes.get(), noteformat::kTransparent, noteformat::kPictureSize);
+    if (fetchNoteDataFromFileByLayer(path, page, layer, bytes.get()) != status::Ok) return nullptr;
 
-    uint32_t* colours = new (std::nothrow) uint32_t[kPictureSize];
+    uint32_t* colours = new (std::nothrow) uint32_t[noteformat::kPictureSize];
     if (!colours) return nullptr;
     convertToColours(reinterpret_cast<const unsigned char*>(bytes.get()), colours);
     return colours;
@@ -141,21 +138,21 @@ int KwDataLoad::fetchNotePathFromFile(std::vector<TrailContainer>& trails, std::
     if (!fileExists(path)) {
         kwlog::text("--file not exist.  ");
         kwlog::text(path);
-        return 2;
+        return status::FileMissing;
     }
     KwFileProcess file;
     if (!file.init_datafile(path)) {
         kwlog::text("wrong sNotePath.");
-        return 2;
+        return status::FileMissing;
     }
     // Only the stroke block: its site, its head and its records.
     KwPageFeatureModule pageModule;
     PageFeatureReadFlag flags;
     flags.totalPath = flags.totalPathHead = flags.totalPathTrails = true;
-    if (file.fetchPageFeature(pageModule, page, flags) != 0) {
+    if (file.fetchPageFeature(pageModule, page, flags) != status::Ok) {
         kwlog::text("fetchPageFeature error.");
-        return 26;
+        return status::PageUnreadable;
     }
     trails = std::move(pageModule.trails);
-    return 0;
+    return status::Ok;
 }

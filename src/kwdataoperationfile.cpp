@@ -3,6 +3,7 @@
 #include "kwdatafile.h"
 #include "kwfileindexmodule.h"
 #include "log.h"
+#include "status.h"
 
 KwDataOperationFile::KwDataOperationFile() = default;
 
@@ -10,12 +11,12 @@ int KwDataOperationFile::fetchTotalPageNumOfNote(std::string path) {
     KwFileProcess file;
     if (!file.init_datafile(path)) {
         kwlog::text("init_datafile failed");
-        return -1;
+        return status::PageCountFailed;
     }
     KwFileIndexModule index;
-    if (file.fetchIndex(index) != 0) {
+    if (file.fetchIndex(index) != status::Ok) {
         kwlog::text("fetchIndex error.");
-        return -1;
+        return status::PageCountFailed;
     }
     return index.fetchModuleNum("PAGE");
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "log.h"
+#include "status.h"
 #include "textstream.h"
 
 namespace {
@@ -191,44 +192,44 @@ std::vector<int> KwFileIndexModule::fetchPagesNum() {
 int KwFileIndexModule::changeModuleSiteForPage(std::string key, int page, int site) {
     if (key.empty()) {
         kwlog::text("ERROR para iIndexKey is null");
-        return 24;
+        return status::EmptyKey;
     }
     if (fetchModuleSiteForPage(key, page).empty()) {
         kwlog::text("page module not exist.");
-        return 4;
+        return status::EntryMissing;
     }
     ModuleKwIndexItem* entry = findFirstByName(vecModuleIndex, pageName(key, page));
-    if (entry == nullptr) return 5;
+    if (entry == nullptr) return status::EntryNotFound;
     entry->site = site;
-    return 0;
+    return status::Ok;
 }
 
 // The message names a page whatever the key is; hosts match on this exact text.
 int KwFileIndexModule::changeModuleSiteForIndexItem(std::string key, int site) {
     if (key.empty()) {
         kwlog::text("ERROR para iIndexKey is null");
-        return 24;
+        return status::EmptyKey;
     }
     if (fetchModuleSiteForFileIndex(key).empty()) {
         kwlog::text("page moudle not exist.");
-        return 4;
+        return status::EntryMissing;
     }
     ModuleKwIndexItem* entry = findFirstByName(vecModuleIndex, key);
-    if (entry == nullptr) return 5;
+    if (entry == nullptr) return status::EntryNotFound;
     entry->site = site;
-    return 0;
+    return status::Ok;
 }
 
 int KwFileIndexModule::changeModuleSiteForIndexDirtyPages(int site) {
     if (fetchModuleSiteForFileIndex("DIRTY").empty()) {
         kwlog::text("dirty moudle not exist, add one directly.");
         vecModuleIndex.push_back({"DIRTY", site});
-        return 0;
+        return status::Ok;
     }
     ModuleKwIndexItem* entry = findFirstByName(vecModuleIndex, "DIRTY");
-    if (entry == nullptr) return 5;
+    if (entry == nullptr) return status::EntryNotFound;
     entry->site = site;
-    return 0;
+    return status::Ok;
 }
 
 // An existing "PDFSTYLELIST" entry is left alone and the "DIRTY" entry takes the new site.
@@ -237,12 +238,12 @@ int KwFileIndexModule::changeModuleSiteForIndexPdfStyleList(int site) {
     if (fetchModuleSiteForFileIndex("PDFSTYLELIST").empty()) {
         kwlog::text("pdf style list moudle not exist, add one directly.");
         vecModuleIndex.push_back({"PDFSTYLELIST", site});
-        return 0;
+        return status::Ok;
     }
     ModuleKwIndexItem* entry = findFirstByName(vecModuleIndex, "DIRTY");
-    if (entry == nullptr) return 5;
+    if (entry == nullptr) return status::EntryNotFound;
     entry->site = site;
-    return 0;
+    return status::Ok;
 }
 
 void KwFileIndexModule::produceVecMI(std::vector<ModuleItem>& items) {

@@ -10,11 +10,11 @@
 
 #include "log.h"
 #include "noteio.h"
+#include "picture.h"
+#include "status.h"
 #include "textstream.h"
 
 namespace {
-
-constexpr unsigned long kPictureSize = 1872UL * 1404UL;
 
 // Read as a formatted stream extraction reads an unsigned 64-bit number; 0 without a
 // leading number.
@@ -26,9 +26,9 @@ std::unique_ptr<char[]> allocateZeroed(unsigned long size) {
 }
 
 // The compressed bitmap at `site`: a 4-byte length, then that many bytes of code.
-int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long site) {
+int readCompressedData(FILE* fp, KwLayerFeatureModule& layer, unsigned long site) {
     unsigned long size = 0;
-    if (!noteio::fileSize(fp, size, noteio::Detail::Number)) return 38;
+    if (!noteio::fileSize(fp, size, noteio::Detail::Number)) return status::SeekFailed;
     // Unsigned arithmetic, as in the block reader: the last four sites wrap past this check
     // and fail at the seek.
     if (site + 4 > size) {
@@ -37,13 +37,13 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
         kwlog::unsignedNumber(size);
         kwlog::text("m_siteCompressData:");
         kwlog::unsignedNumber(site);
-        return 17;
+        return status::SiteOutsideFile;
     }
-    if (!noteio::seekTo(fp, site, noteio::Detail::Number)) return 38;
+    if (!noteio::seekTo(fp, site, noteio::Detail::Number)) return status::SeekFailed;
     uint32_t length = 0;
     if (std::fread(&length, 4, 1, fp) != 1) {
         kwlog::errnoOnly("compress data len read file failed-----errno:", errno);
-        return 17;
+        return status::ReadFailed;
     }
     layer.m_lenCompressData = length;
     // The length field itself is not counted here, so a bitmap may overrun the file by up
@@ -56,28 +56,28 @@ int readCompressedData(FILE*& fp, KwLayerFeatureModule& layer, unsigned long sit
         kwlog::unsignedNumber(length);
         kwlog::text(" m_siteCompressData:");
         kwlog::unsignedNumber(site);
-        return 17;
+        return status::SiteOutsideFile;
     }
     layer.m_compressData.reset();
     // The spare zero byte lets the decoder read one byte past an odd-length code.
     layer.m_compressData = allocateZeroed(length + 1UL);
     if (!layer.m_compressData) {
         kwlog::text("malloc failed.");
-        return 11;
+        return status::AllocationFailed;
     }
     if (std::fread(layer.m_compressData.get(), 1, length, fp) != length) {
         kwlog::errnoOnly("compress data read file failed-----errno:", errno);
-        return 17;
+        return status::ReadFailed;
     }
-    return 0;
+    return status::Ok;
 }
 
 // Opens the note file for one bitmap and closes it again on every way out.
 int loadCompressedData(KwLayerFeatureModule& layer, const std::string& path, unsigned long site) {
-    FILE* fp = noteio::openForReading(path, noteio::Detail::Number);
-    if (!fp) return 1;
-    int result = readCompressedData(fp, layer, site);
-    if (!noteio::close(fp)) result = 25;
+    noteio::Stream in(path, noteio::Detail::Number);
+    if (!in) return status::OpenFailed;
+    int result = readCompressedData(in.get(), layer, site);
+    if (!in.close()) result = status::CloseFailed;
     return result;
 }
 
@@ -131,7 +131,7 @@ int KwLayerFeatureModule::setInfoOfLayerFeature(std::vector<ModuleItem>& items, 
             m_siteCompressData = layerBitmapSite;
             if (m_siteCompressData != 0) {
                 const int result = loadCompressedData(*this, path, m_siteCompressData);
-                if (result != 0) return result;
+                if (result != status::Ok) return result;
             }
         } else if (key == "LAYERVECTORGRAPH") {
             layerVectorGraphSite = toSite(item.value);
@@ -139,7 +139,7 @@ int KwLayerFeatureModule::setInfoOfLayerFeature(std::vector<ModuleItem>& items, 
             layerRecognSite = toSite(item.value);
         }
     }
-    return 0;
+    return status::Ok;
 }
 
 int KwLayerFeatureModule::fetchCompressedData(char* pixels, unsigned long& /*length*/) {
@@ -147,36 +147,36 @@ int KwLayerFeatureModule::fetchCompressedData(char* pixels, unsigned long& /*len
     // The buffer is deliberately not cleared: where the bitmap is transparent the caller's
     // own content stays.
     kwlog::line("fetchCompressedData memset");
-    if (!m_compressData || m_siteCompressData == 0) return 0;
-    if (uncompresseDataByRLE(pixels, 0, m_compressData.get(), m_lenCompressData)) return 0;
+    if (!m_compressData || m_siteCompressData == 0) return status::Ok;
+    if (uncompresseDataByRLE(pixels, 0, m_compressData.get(), m_lenCompressData)) return status::Ok;
     kwlog::text(" uncompress error");
-    return 9;
+    return status::BitmapNotExpanded;
 }
 
 int KwLayerFeatureModule::setCompressedData(char* pixels, unsigned long length) {
-    if (length != kPictureSize) {
+    if (length != noteformat::kPictureSize) {
         kwlog::text("compress data size is not 1872*1404");
-        return 7;
+        return status::BitmapSizeWrong;
     }
     // Room for the worst case, two bytes a pixel, and the spare byte.
-    std::unique_ptr<char[]> scratch(new (std::nothrow) char[2 * kPictureSize + 1]);
+    std::unique_ptr<char[]> scratch(new (std::nothrow) char[2 * noteformat::kPictureSize + 1]);
     if (!scratch) {
         kwlog::text(" malloc failed");
-        return 11;
+        return status::AllocationFailed;
     }
-    if (!compresseDataByRLE(pixels, kPictureSize, reinterpret_cast<unsigned char*>(scratch.get()),
+    if (!compresseDataByRLE(pixels, noteformat::kPictureSize, reinterpret_cast<unsigned char*>(scratch.get()),
                             m_lenCompressData)) {
         kwlog::text("uncompress error.");
-        return 10;
+        return status::BitmapNotCompressed;
     }
     m_compressData.reset();
     m_compressData = allocateZeroed(m_lenCompressData + 1);
     if (!m_compressData) {
         kwlog::text(" malloc failed");
-        return 11;
+        return status::AllocationFailed;
     }
     std::memcpy(m_compressData.get(), scratch.get(), m_lenCompressData);
-    return 0;
+    return status::Ok;
 }
 
 void KwLayerFeatureModule::changeDataSiteForPageFeature(unsigned long bitmapSite, unsigned long pathSite,

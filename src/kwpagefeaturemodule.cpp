@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "layers.h"
 #include "log.h"
 #include "noteio.h"
+#include "status.h"
 #include "textstream.h"
 
 namespace {
@@ -37,70 +39,69 @@ int readStrokes(FILE* fp, std::vector<TrailContainer>& trails, int32_t count, un
         uint32_t length = 0;
         if (std::fread(&length, 4, 1, fp) != 1) {
             kwlog::errnoOnly("read trail len error-----errno:", errno);
-            return 17;
+            return status::ReadFailed;
         }
         left -= 4;
         // A length beyond the end of the file fails as its short read would, before any
         // room is made for it: a small file must not be able to claim gigabytes.
         if (length > left) {
             kwlog::errnoWithText("read trail data error-----errno:", errno, ",errmsg:");
-            return 17;
+            return status::ReadFailed;
         }
         if (record.size() < length + 1UL) record.resize(length + 1UL);
         if (std::fread(record.data(), 1, length, fp) != length) {
             kwlog::errnoWithText("read trail data error-----errno:", errno, ",errmsg:");
-            return 17;
+            return status::ReadFailed;
         }
         left -= length;
         record[length] = '\0';
         TrailContainer trail;
-        if (data2Trail(record.data(), static_cast<int>(length), trail) != 0) {
+        if (data2Trail(record.data(), static_cast<int>(length), trail) != status::Ok) {
             kwlog::text("data2Trail error.");
-            return 17;
+            return status::StrokeUnreadable;
         }
         // A copy, not a move: the fresh record reserves room for 5000 points and flags,
         // which a move would keep for every stroke of the page (over 100 KB each).
         trails.push_back(trail);
     }
-    return 0;
+    return status::Ok;
 }
 
 // The TOTALPATH block: total length, stroke count, then the records when they are asked for.
 int readStrokeBlock(FILE* fp, KwPageFeatureModule& page, bool withTrails) {
     unsigned long size = 0;
-    if (!noteio::fileSize(fp, size, noteio::Detail::NumberAndText)) return 38;
+    if (!noteio::fileSize(fp, size, noteio::Detail::NumberAndText)) return status::SeekFailed;
     // The site is signed: a negative one passes this check and the seek refuses it. The sum
     // is formed in 64 bits, so that a site near the 32-bit limit cannot overflow it.
     const long site = page.totalPathSite;
     if (site + 4 > static_cast<long>(size)) {
         kwlog::text("totalpath site error.");
-        return 17;
+        return status::SiteOutsideFile;
     }
-    if (!noteio::seekTo(fp, static_cast<unsigned long>(site), noteio::Detail::NumberAndText)) return 38;
+    if (!noteio::seekTo(fp, static_cast<unsigned long>(site), noteio::Detail::NumberAndText)) return status::SeekFailed;
     uint32_t totalLength = 0;
     if (std::fread(&totalLength, 4, 1, fp) != 1) {
         kwlog::errnoOnly("read totalpath length error-----errno:", errno);
-        return 17;
+        return status::ReadFailed;
     }
     page.totalPathLength = totalLength;
     int32_t count = 0;
     if (std::fread(&count, 4, 1, fp) != 1) {
         kwlog::errnoOnly("read totalpath trailsize error-----errno:", errno);
-        return 17;
+        return status::ReadFailed;
     }
     // The count fills the low half of the member only, as the block stores 4 bytes of it.
     page.trailCount = (page.trailCount & ~0xFFFFFFFFUL) | static_cast<uint32_t>(count);
     page.trails.clear();
-    if (!withTrails) return 0;
+    if (!withTrails) return status::Ok;
     return readStrokes(fp, page.trails, count, size - site - 8);
 }
 
 int readTotalPath(KwPageFeatureModule& page, const std::string& path, bool withTrails) {
-    FILE* fp = noteio::openForReading(path, noteio::Detail::NumberAndText);
-    if (!fp) return 1;
-    noteio::StreamGuard guard(fp);
-    int result = readStrokeBlock(fp, page, withTrails);
-    if (!noteio::close(fp, true)) result = 25;
+    noteio::Stream in(path, noteio::Detail::NumberAndText);
+    if (!in) return status::OpenFailed;
+    int result = readStrokeBlock(in.get(), page, withTrails);
+    if (!in.close(true)) result = status::CloseFailed;
     return result;
 }
 
@@ -113,18 +114,10 @@ int applyItem(KwPageFeatureModule& page, const ModuleItem& item, const std::stri
         if (flags.pageStyle) page.pageStyle = value;
     } else if (key == "PAGESTYLEMD5") {
         if (flags.pageStyleMd5) page.pageStyleMd5 = value;
-    } else if (key == "MAINLAYER") {
-        if (flags.mainLayer) page.mainLayerSite = toInt(value);
-    } else if (key == "LAYER1") {
-        if (flags.layer1) page.layer1Site = toInt(value);
-    } else if (key == "LAYER2") {
-        if (flags.layer2) page.layer2Site = toInt(value);
-    } else if (key == "LAYER3") {
-        if (flags.layer3) page.layer3Site = toInt(value);
-    } else if (key == "BGLAYER") {
-        if (flags.bgLayer) page.bgLayerSite = toInt(value);
+    } else if (const noteformat::Layer* layer = noteformat::findLayer(key)) {
+        if (flags.*layer->readFlag) page.*layer->site = toInt(value);
     } else if (key == "TOTALPATH") {
-        if (!flags.totalPath) return 0;
+        if (!flags.totalPath) return status::Ok;
         page.totalPathSite = toInt(value);
         // Site 0: the page has no strokes.
         if ((flags.totalPathHead || flags.totalPathTrails) && page.totalPathSite != 0)
@@ -152,7 +145,7 @@ int applyItem(KwPageFeatureModule& page, const ModuleItem& item, const std::stri
     } else if (key == "RECOGNLANGUAGE") {
         if (flags.recognLanguage) page.recognLanguage = value;
     }
-    return 0;
+    return status::Ok;
 }
 
 }  // namespace
@@ -184,7 +177,7 @@ int KwPageFeatureModule::setInfoOfPageFeature(std::vector<ModuleItem>& items, st
     for (const ModuleItem& item : items) {
         // What was taken before a failure stays; the items after it are not taken.
         const int result = applyItem(*this, item, path, flags);
-        if (result != 0) return result;
+        if (result != status::Ok) return result;
     }
-    return 0;
+    return status::Ok;
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "config.h"
 #include "log.h"
@@ -26,22 +27,6 @@ inline void logFailure(const char* text, Detail detail, const char* separator) {
 
 // Seek failures carry "errmsg:" without the comma that the open and read failures have.
 inline void logSeekFailure(Detail detail) { logFailure("fseek failed-----errno:", detail, "errmsg:"); }
-
-// Opens the note file for binary reading; null (and the message) when that fails.
-inline FILE* openForReading(const std::string& path, Detail detail) {
-    FILE* fp = std::fopen(path.c_str(), "rb");
-    if (!fp) logFailure("open file failed-----errno:", detail, ",errmsg:");
-    return fp;
-}
-
-// Closes the stream if it is still open. A stream is unusable after fclose whatever that
-// returned, so the pointer is dropped even on failure: it must never be closed twice.
-inline bool close(FILE*& fp, bool doFlush = false) {
-    if (flushfsyncfclose(fp, doFlush, false, true)) return true;
-    kwlog::text("fclose error.");
-    fp = nullptr;
-    return false;
-}
 
 // Positions the stream at an absolute site.
 inline bool seekTo(FILE* fp, unsigned long site, Detail detail) {
@@ -65,20 +50,42 @@ inline bool fileSize(FILE* fp, unsigned long& size, Detail detail) {
     return true;
 }
 
-// Closes, silently, a stream still open when an exception (a bad number in a metadata
-// value, a stroke record asking for an impossible size) leaves a reader: the readers
-// close their streams themselves on every ordinary way out.
-class StreamGuard {
+// The stream a reader opens on the note file, owned so that it is closed exactly once on
+// every way out: by close() where the reader reports how closing went, otherwise (an early
+// return, an exception from a bad number in a metadata value or an impossible stroke size)
+// when the owner goes. Both close through flushfsyncfclose.
+class Stream {
 public:
-    explicit StreamGuard(FILE*& fp) : fp_(fp) {}
-    ~StreamGuard() {
-        if (fp_) std::fclose(fp_);
+    // Opens the file for binary reading; on failure the stream is null and the message given.
+    Stream(const std::string& path, Detail detail) : fp_(std::fopen(path.c_str(), "rb")) {
+        if (!fp_) logFailure("open file failed-----errno:", detail, ",errmsg:");
     }
-    StreamGuard(const StreamGuard&) = delete;
-    StreamGuard& operator=(const StreamGuard&) = delete;
+    ~Stream() { flushfsyncfclose(fp_, false, false, true); }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    explicit operator bool() const { return fp_ != nullptr; }
+    FILE* get() const { return fp_; }
+
+    // Closes the stream if it is still open; false (and "fclose error.") when that fails. A
+    // stream is unusable after fclose whatever that returned, so it is dropped either way.
+    bool close(bool doFlush = false) {
+        if (flushfsyncfclose(fp_, doFlush, false, true)) return true;
+        kwlog::text("fclose error.");
+        fp_ = nullptr;
+        return false;
+    }
+
+    // The metadata block at site. The block reader closes the stream itself when it fails,
+    // so the stream is dropped then: closing it once more would touch a released stream.
+    bool readBlock(std::vector<ModuleItem>& items, unsigned long site) {
+        if (readModuleItemFromFile(fp_, items, site)) return true;
+        fp_ = nullptr;
+        return false;
+    }
 
 private:
-    FILE*& fp_;
+    FILE* fp_;
 };
 
 }  // namespace noteio

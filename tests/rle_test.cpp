@@ -234,6 +234,19 @@ TEST(UncompresseDataByRle, AgreesWithAPlainDecoderOnEveryShortRunAtEveryOffset) 
         const auto differ = std::mismatch(expected.begin(), expected.end(), out.begin());
         EXPECT_TRUE(differ.first == expected.end()) << "first difference at pixel " << differ.first - expected.begin();
     }
+    // A code shorter than a group of 64 pairs is decoded pair by pair, on the decoder's other
+    // path: the same runs, 63 pairs at a time (2520 pixels at most).
+    Code expected(kPictureSize), out(kPictureSize);
+    for (std::size_t from = 0; from < runs.size(); from += 126) {
+        Code chunk(runs.begin() + from, runs.begin() + std::min(runs.size(), from + 126));
+        for (std::size_t k = 0; k < 4096; ++k) expected[k] = out[k] = uint8_t(k * 7 + 3);
+        referenceDecode(chunk, expected);
+        notetest::captureStdout([&] {
+            uncompresseDataByRLE(reinterpret_cast<char*>(out.data()), kPictureSize, reinterpret_cast<char*>(chunk.data()),
+                                 chunk.size());
+        });
+        ASSERT_TRUE(std::equal(expected.begin(), expected.begin() + 4096, out.begin())) << "pairs from " << from / 2;
+    }
 }
 
 }  // namespace

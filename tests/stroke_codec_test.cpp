@@ -74,73 +74,91 @@ TEST(Data2Trail, DecodesWrittenRecords) {
     EXPECT_EQ(d.r, Logged(0, "m_emrPointAxis != 1"));
     EXPECT_TRUE(sameStroke(d.trail, sample));
     // 16 x 0x10000000 skipped bytes wrap to 0 in the record's 32-bit arithmetic.
-    EXPECT_TRUE(sameStroke(decode(withWord(strokeRecord(TrailContainer()), 306, 0x10000000)).trail, TrailContainer()));
+    const std::size_t skipped = notewriter::strokeFields(TrailContainer()).skippedCount;
+    EXPECT_TRUE(sameStroke(decode(withWord(strokeRecord(TrailContainer()), skipped, 0x10000000)).trail, TrailContainer()));
 }
 
 // Each check fires at the first byte missing; a record that ends just before renderFlag
 // (an older record) is accepted as read so far, and tail fields end the record silently.
 TEST(Data2Trail, WhereEachCheckFires) {
     using Fill = void (*)(TrailContainer&);
+    using notewriter::StrokeFields;
     const Fill oneArea = [](TrailContainer& t) { t.disableAreaList = {FlagRect{}}; };
     const Fill contours = [](TrailContainer& t) { t.PointContour = {{}, {{1.5f, 2.5f}}}; };
     const Fill extra = [](TrailContainer& t) { t.extraControlNums = {77}; };
     const Fill none = [](TrailContainer&) {};
-    const struct { Fill fill; int length; Logged expected; } rows[] = {
-        {oneArea, 235, {-1, "disableAreaList"}}, {oneArea, 236, {0, "renderFlag empty."}},
-        {[](TrailContainer& t) { t.disableAreaList = {FlagRect{}, FlagRect{}}; }, 259, {-1, "disableAreaList"}},
+    // The record is cut `cut` bytes after the start of a field.
+    const struct { Fill fill; std::size_t StrokeFields::*field; int cut; Logged expected; } rows[] = {
+        {oneArea, &StrokeFields::pointCount, -1, {-1, "disableAreaList"}},
+        {oneArea, &StrokeFields::pointCount, 0, {0, "renderFlag empty."}},
+        {[](TrailContainer& t) { t.disableAreaList = {FlagRect{}, FlagRect{}}; }, &StrokeFields::pointCount, -1,
+         {-1, "disableAreaList"}},
         // One list of each kind: sized up front, bytes, appended.
-        {[](TrailContainer& t) { t.m_points = {{7, 8}}; }, 223, {-1, "m_points"}},
-        {[](TrailContainer& t) { t.flagDraw = {true}; }, 228, {-1, "flagDraw"}},
-        {[](TrailContainer& t) { t.epaPoints = {{3, 4}}; }, 239, {-1, "epaPoints"}},
-        {[](TrailContainer& t) { t.m_controlNums = {6}; }, 295, {-1, "m_controlNums"}},
-        {none, 301, {0, "renderFlag empty."}}, {none, 302, {0, ""}},
-        // Contours: the count at 302, an empty contour's count at 306, then 4 + 8 bytes.
-        {contours, 321, {-1, "PointContour"}}, {contours, 322, {0, ""}},
-        {extra, 334, {-1, "m_controlNums"}}, {extra, 335, {0, ""}},
+        {[](TrailContainer& t) { t.m_points = {{7, 8}}; }, &StrokeFields::pressureCount, -1, {-1, "m_points"}},
+        {[](TrailContainer& t) { t.flagDraw = {true}; }, &StrokeFields::epaPointCount, -1, {-1, "flagDraw"}},
+        {[](TrailContainer& t) { t.epaPoints = {{3, 4}}; }, &StrokeFields::epaGrayCount, -1, {-1, "epaPoints"}},
+        {[](TrailContainer& t) { t.m_controlNums = {6}; }, &StrokeFields::attrM0, -1, {-1, "m_controlNums"}},
+        {none, &StrokeFields::renderFlag, 0, {0, "renderFlag empty."}},
+        {none, &StrokeFields::renderFlag, 1, {0, ""}},
+        {contours, &StrokeFields::skippedCount, -1, {-1, "PointContour"}},
+        {contours, &StrokeFields::skippedCount, 0, {0, ""}},
+        {extra, &StrokeFields::pageWidth, -1, {-1, "m_controlNums"}},
+        {extra, &StrokeFields::pageWidth, 0, {0, ""}},
     };
     for (const auto& row : rows) {
         TrailContainer t;
         t.renderFlag = 0;
         row.fill(t);
-        const Decoded d = decode(strokeRecord(t).substr(0, row.length));
-        EXPECT_EQ(d.r, row.expected) << row.length;
-        EXPECT_EQ(d.trail.renderFlag, row.length > 301 ? 0 : 1) << row.length;  // 301 keeps the default
+        const StrokeFields at = notewriter::strokeFields(t);
+        const std::size_t length = at.*row.field + row.cut;
+        const Decoded d = decode(strokeRecord(t).substr(0, length));
+        EXPECT_EQ(d.r, row.expected) << length;
+        EXPECT_EQ(d.trail.renderFlag, length > at.renderFlag ? 0 : 1) << length;  // a cut record keeps the default
     }
 
     // A tail field is read only with its guard's room left, which is not always its own width.
     TrailContainer t;
     std::tie(t.attrD, t.attrE, t.pageWidth, t.pageHeight, t.attrP) = std::make_tuple(3, 44, 100, 200, 6);
     const std::string record = strokeRecord(t);
-    const struct { int firstLength; bool (*read)(const TrailContainer&); } tail[] = {
-        {322 + 8, [](const TrailContainer& d) { return d.attrD == 3; }},
-        {323 + 8, [](const TrailContainer& d) { return d.attrE == 44; }},
-        {331 + 4, [](const TrailContainer& d) { return d.pageWidth == 100 && d.pageHeight == 0; }},
-        {335 + 1, [](const TrailContainer& d) { return d.pageHeight == 200; }},  // no guard of its own
-        {343 + 4, [](const TrailContainer& d) { return d.attrP == 6; }},
+    const StrokeFields at = notewriter::strokeFields(t);
+    const struct { std::size_t firstLength; bool (*read)(const TrailContainer&); } tail[] = {
+        {at.attrD + 8, [](const TrailContainer& d) { return d.attrD == 3; }},
+        {at.attrE + 8, [](const TrailContainer& d) { return d.attrE == 44; }},
+        {at.pageWidth + 4, [](const TrailContainer& d) { return d.pageWidth == 100 && d.pageHeight == 0; }},
+        {at.pageHeight + 1, [](const TrailContainer& d) { return d.pageHeight == 200; }},  // no guard of its own
+        {at.attrP + 4, [](const TrailContainer& d) { return d.attrP == 6; }},
     };
     for (const auto& row : tail) {
-        const Decoded before = decode(record.substr(0, row.firstLength - 1)), at = decode(record, row.firstLength);
-        EXPECT_TRUE(!row.read(before.trail) && row.read(at.trail) && before.r == at.r && at.r == Logged(0, ""))
+        const Decoded before = decode(record.substr(0, row.firstLength - 1)), whole = decode(record, int(row.firstLength));
+        EXPECT_TRUE(!row.read(before.trail) && row.read(whole.trail) && before.r == whole.r && whole.r == Logged(0, ""))
             << row.firstLength;
     }
 }
 
 TEST(Data2Trail, NegativeAndHostileCounts) {
-    // Negative counts of the lists that are not sized up front read nothing.
+    using notewriter::StrokeFields;
     const std::string empty = strokeRecord(TrailContainer());
+    const StrokeFields at = notewriter::strokeFields(TrailContainer());
+    // Negative counts of the lists that are not sized up front read nothing.
     std::string negative = empty;
-    for (int at : {208, 224, 228, 232, 288, 302, 327}) negative = withWord(negative, at, at == 232 ? INT_MIN : -1);
+    for (std::size_t StrokeFields::*count : {&StrokeFields::disableAreaCount, &StrokeFields::flagDrawCount,
+                                             &StrokeFields::epaPointCount, &StrokeFields::controlNumCount,
+                                             &StrokeFields::contourCount, &StrokeFields::extraControlNumCount})
+        negative = withWord(negative, at.*count, -1);
+    negative = withWord(negative, at.epaGrayCount, INT_MIN);
     EXPECT_TRUE(sameStroke(decode(negative).trail, TrailContainer()));
 
     // Hostile counts fail without a large allocation; 0x20000000 elements of 8 bytes make
-    // 2^32 bytes, zero in 32-bit arithmetic. The second contour count lies in the first contour.
-    const struct { const char* name; int at; } rows[] = {
-        {"disableAreaList", 208}, {"m_points", 212}, {"pressures", 216}, {"angles", 220}, {"flagDraw", 224},
-        {"epaPoints", 228}, {"epaGrays", 232}, {"m_controlNums", 288}, {"PointContour", 302},
-        {"PointContour", 306}, {"m_controlNums", 327}};
+    // 2^32 bytes, zero in 32-bit arithmetic. The second contour's count lies where the first
+    // contour's points would be.
+    const struct { const char* name; std::size_t at; } rows[] = {
+        {"disableAreaList", at.disableAreaCount}, {"m_points", at.pointCount}, {"pressures", at.pressureCount},
+        {"angles", at.angleCount}, {"flagDraw", at.flagDrawCount}, {"epaPoints", at.epaPointCount},
+        {"epaGrays", at.epaGrayCount}, {"m_controlNums", at.controlNumCount}, {"PointContour", at.contourCount},
+        {"PointContour", at.contourCount + 4}, {"m_controlNums", at.extraControlNumCount}};
     for (int32_t count : {0x7FFFFFFF, 0x20000000}) {
         for (const auto& row : rows) {
-            std::string bytes = withWord(row.at == 306 ? withWord(empty, 302, 1) : empty, row.at, count);
+            std::string bytes = withWord(row.at == at.contourCount + 4 ? withWord(empty, at.contourCount, 1) : empty, row.at, count);
             TrailContainer trail;  // its own room is not counted
             const Logged r = notetest::logged([&] {
                 std::tie(allocation::requested, allocation::refuseAbove) = std::make_pair(0, 1 << 20);
@@ -164,9 +182,10 @@ std::string encode(const TrailContainer& t, std::size_t spare = 0) {
 }
 
 TEST(Trail2Data, WritesTheReadersLayoutWithoutTheSkippedCount) {
-    TrailContainer sample = sampleTrail();
-    std::copy_n(sample.rectB, 4, sample.rectA);  // rectA's words carry rectB when written
-    const std::string read = strokeRecord(sample, 0, true), other = strokeRecord(sample, 1, true);
+    const TrailContainer sample = sampleTrail();
+    TrailContainer asRead = sample;
+    std::copy_n(sample.rectB, 4, asRead.rectA);  // rectA's words carry rectB when written
+    const std::string read = strokeRecord(asRead, 0, true), other = strokeRecord(asRead, 1, true);
     const std::string written = encode(sample, 64);
     EXPECT_EQ(written.substr(written.size() - 64), std::string(64, char(0xAA)));  // the size is exact
     // The skipped count is where the reader's records with other counts first differ.
@@ -186,33 +205,13 @@ TEST(Trail2Data, TextFieldsEndAtTheFirstZeroByte) {
         TrailContainer t;
         t.typeName = t.subName = row.text;
         const std::string written = encode(t);
-        EXPECT_EQ(written.substr(48, 50), row.field);
-        EXPECT_EQ(written.substr(136, 50), row.field);
+        const notewriter::StrokeFields at = notewriter::strokeFields(t);
+        EXPECT_EQ(written.substr(at.typeName, 50), row.field);
+        EXPECT_EQ(written.substr(at.subName, 50), row.field);
     }
     TrailContainer tooLong;
     tooLong.subName = std::string(50, 'x');
     EXPECT_DEATH(encode(tooLong), "");
-}
-
-TEST(Trail2Data, ReadingBackLosesRectAAndShiftsTheTail) {
-    // attrI stands where the reader expects the skipped count: with attrI 0 everything after
-    // it is read four bytes late.
-    TrailContainer t = sampleTrail();
-    std::tie(t.attrI, t.attrD, t.attrE, t.pageWidth, t.pageHeight, t.attrN) = std::make_tuple(0, 0, 0, 0, 7, 8);
-    t.extraControlNums.clear();
-    const uint64_t ratioBits = 0x12345678u;
-    std::memcpy(&t.ratioB, &ratioBits, sizeof ratioBits);
-    Decoded d = decode(encode(t));
-    EXPECT_EQ(d.r, Logged(0, ""));
-    EXPECT_EQ(std::make_tuple(d.trail.attrI, d.trail.pageWidth, d.trail.pageHeight), std::make_tuple(0x12345678, 7, 8));
-    std::copy_n(t.rectB, 4, t.rectA);  // rectA is lost: it reads back as rectB
-    std::tie(d.trail.attrI, d.trail.ratioB, d.trail.pageWidth, d.trail.pageHeight, d.trail.attrN, d.trail.attrP) =
-        std::make_tuple(t.attrI, t.ratioB, t.pageWidth, t.pageHeight, t.attrN, t.attrP);
-    EXPECT_TRUE(sameStroke(d.trail, t));  // nothing else differs
-    // The default attrI of -1 steps 4 - 16 bytes, back into attrM0 and attrM1.
-    TrailContainer fresh;
-    std::tie(fresh.attrM0, fresh.attrM1) = std::make_tuple(0x22221111, 0x44443333);
-    EXPECT_EQ(decode(encode(fresh)).trail.attrI, 0x33332222);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ enum Code : int {
     BitmapNotCompressed = 10,  // the picture cannot be compressed
     AllocationFailed = 11,
     IndexUnreadable = 14,    // the index cannot be read
-    ReadFailed = 17,         // a read failed, a block or site is bad, or a layer name is unknown
+    ReadFailed = 17,         // a read came back short
     EmptyKey = 24,
     CloseFailed = 25,
     PageUnreadable = 26,     // the page module cannot be read
@@ -30,6 +30,18 @@ enum Code : int {
     ReaderNotBound = 30,     // the file reader cannot be bound to the path
     LayerNotFilled = 34,     // the layer module cannot be filled
     SeekFailed = 38,
+
+    // Code 17 is given for several failures of reading; these names say which one a
+    // reader met, so that the code says what the number does not.
+    BlockUnreadable = ReadFailed,   // a metadata block cannot be read
+    SiteOutsideFile = ReadFailed,   // a site, or a length from it, reaches past the file's end
+    LayerNameUnknown = ReadFailed,  // a layer name other than the five of a page
+    StrokeUnreadable = ReadFailed,  // a stroke record cannot be decoded
+    PageNotFilled = ReadFailed,     // the page module cannot take its block's items
+
+    // The page count's failure and a stroke record that runs past its end.
+    PageCountFailed = -1,
+    StrokeOverrun = -1,
 };
 
 // What a code means, worded to follow "the note: " in a message; null for a number that is
@@ -49,6 +61,7 @@ constexpr const char* statusText(int code) {
         case AllocationFailed: return "memory cannot be allocated";
         case IndexUnreadable: return "the index cannot be read";
         case ReadFailed: return "a read failed, or a block, site or layer name is bad";
+        case PageCountFailed: return "the pages cannot be counted, or a stroke record overruns";
         case EmptyKey: return "the key is empty";
         case CloseFailed: return "the file cannot be closed";
         case PageUnreadable: return "the page cannot be read";

@@ -58,63 +58,91 @@ void section(Bytes& b, const List& list, Put put) {
 void putPoint(Bytes& b, const MorvaPoint& p) { b.i32(p.x).i32(p.y); }
 void putInt(Bytes& b, int v) { b.i32(v); }
 
-void writeHead(Bytes& b, const TrailContainer& t) {
+// Each writer notes in `at` where the fields it writes begin.
+void writeHead(Bytes& b, const TrailContainer& t, StrokeFields& at) {
     for (int v : {t.attrA0, t.attrA1, t.attrA2, t.attrA3, t.attrA4, t.attrA5, t.attrA6, t.attrA7,
                   t.attrA8, t.attrA9, t.attrA10, t.attrA11})
         b.i32(v);
+    at.typeName = b.size();
     b.text(t.typeName, 50).zeros(2);
     b.i32(t.attrB0).i32(t.attrB1).i32(t.attrB2).i32(t.attrB3).u64(t.attrB4);
     b.i32(t.attrC).i32(t.maxX).i32(t.maxY);
+    at.subName = b.size();
     b.text(t.subName, 50).zeros(2);
     b.i32(t.m_emrPointAxis).i32(t.attrF0).i32(t.attrF1).i32(t.attrF2).i32(t.attrG);
 }
 
-void writePointSections(Bytes& b, const TrailContainer& t) {
+void writePointSections(Bytes& b, const TrailContainer& t, StrokeFields& at) {
+    at.disableAreaCount = b.size();
     section(b, t.disableAreaList, [](Bytes& o, const FlagRect& r) {
         for (uint32_t w : r.words) o.u32(w);
     });
+    at.pointCount = b.size();
     section(b, t.m_points, putPoint);
+    at.pressureCount = b.size();
     section(b, t.pressures, [](Bytes& o, uint16_t p) { o.u16(p); });
+    at.angleCount = b.size();
     section(b, t.angles, [](Bytes& o, const MorvaPointS& a) {
         o.u16(static_cast<uint16_t>(a.x)).u16(static_cast<uint16_t>(a.y));
     });
+    at.flagDrawCount = b.size();
     section(b, t.flagDraw, [](Bytes& o, bool f) { o.u8(f ? 1 : 0); });
+    at.epaPointCount = b.size();
     section(b, t.epaPoints, putPoint);
+    at.epaGrayCount = b.size();
     section(b, t.epaGrays, putInt);
 }
 
 // Unlike the library's encoder, words 5-8 carry rectA, so that a test can tell the two
 // rectangles apart after decoding.
-void writeFixedBlock(Bytes& b, const TrailContainer& t) {
+void writeFixedBlock(Bytes& b, const TrailContainer& t, StrokeFields& at) {
+    at.fixedBlock = b.size();
     b.i32(t.attrJ0).i32(t.attrJ1).i32(t.attrH).i32(t.attrK).i32(t.attrL);
     for (int v : t.rectA) b.i32(v);
     for (int v : t.rectB) b.i32(v);
+    at.controlNumCount = b.size();
+    section(b, t.m_controlNums, putInt);
+    at.attrM0 = b.size();
+    b.i32(t.attrM0).i32(t.attrM1).u8(t.attrO);
 }
 
-void writeContours(Bytes& b, const TrailContainer& t) {
+void writeContours(Bytes& b, const TrailContainer& t, StrokeFields& at) {
+    at.renderFlag = b.size();
+    b.u8(t.renderFlag);
+    at.contourCount = b.size();
     section(b, t.PointContour, [](Bytes& o, const std::vector<MorvaPointF>& contour) {
         section(o, contour, [](Bytes& p, const MorvaPointF& f) { p.f32(f.x).f32(f.y); });
     });
 }
 
-void writeTail(Bytes& b, const TrailContainer& t) {
-    b.i32(t.attrI).f64(t.ratioB).u8(t.attrD).i32(t.attrE);
+void writeTail(Bytes& b, const TrailContainer& t, StrokeFields& at) {
+    at.attrI = b.size();
+    b.i32(t.attrI).f64(t.ratioB);
+    at.attrD = b.size();
+    b.u8(t.attrD);
+    at.attrE = b.size();
+    b.i32(t.attrE);
+    at.extraControlNumCount = b.size();
     section(b, t.extraControlNums, putInt);
-    b.i32(t.pageWidth).i32(t.pageHeight).i32(t.attrN).u8(t.attrP);
+    at.pageWidth = b.size();
+    b.i32(t.pageWidth);
+    at.pageHeight = b.size();
+    b.i32(t.pageHeight);
+    at.attrN = b.size();
+    b.i32(t.attrN);
+    at.attrP = b.size();
+    b.u8(t.attrP);
 }
 
-}  // namespace
-
-std::string strokeRecord(const TrailContainer& trail, int32_t skippedCount, bool withTexts) {
+std::string layOutStroke(const TrailContainer& trail, int32_t skippedCount, bool withTexts, StrokeFields& at) {
     Bytes b;
-    writeHead(b, trail);
-    writePointSections(b, trail);
-    writeFixedBlock(b, trail);
-    section(b, trail.m_controlNums, putInt);
-    b.i32(trail.attrM0).i32(trail.attrM1).u8(trail.attrO).u8(trail.renderFlag);
-    writeContours(b, trail);
+    writeHead(b, trail, at);
+    writePointSections(b, trail, at);
+    writeFixedBlock(b, trail, at);
+    writeContours(b, trail, at);
+    at.skippedCount = b.size();
     b.i32(skippedCount).zeros(16 * static_cast<std::size_t>(skippedCount > 0 ? skippedCount : 0));
-    writeTail(b, trail);
+    writeTail(b, trail, at);
     if (withTexts) {
         b.u32(static_cast<uint32_t>(trail.textA.size())).raw(trail.textA);
         b.u32(static_cast<uint32_t>(trail.textB.size())).raw(trail.textB);
@@ -122,6 +150,19 @@ std::string strokeRecord(const TrailContainer& trail, int32_t skippedCount, bool
         b.zeros(3);
     }
     return b.str();
+}
+
+}  // namespace
+
+std::string strokeRecord(const TrailContainer& trail, int32_t skippedCount, bool withTexts) {
+    StrokeFields at{};
+    return layOutStroke(trail, skippedCount, withTexts, at);
+}
+
+StrokeFields strokeFields(const TrailContainer& trail, int32_t skippedCount) {
+    StrokeFields at{};
+    layOutStroke(trail, skippedCount, false, at);
+    return at;
 }
 
 // ---- Pictures ----

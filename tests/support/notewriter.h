@@ -18,13 +18,14 @@
 #include <utility>
 #include <vector>
 
+#include "picture.h"
 #include "trailContainer.h"
 
 namespace notewriter {
 
-constexpr int kPictureWidth = 1404;
-constexpr int kPictureHeight = 1872;
-constexpr std::size_t kPictureSize = 2628288;  // kPictureWidth * kPictureHeight, row by row
+using noteformat::kPictureHeight;
+using noteformat::kPictureSize;
+using noteformat::kPictureWidth;
 constexpr const char* kTag = "KW_FILE_VER_20220013";
 
 // Key/value items of a metadata block, in order.
@@ -62,6 +63,15 @@ std::string blockText(const Items& items);
 // length-prefixed texts follow, as hosts' files may carry them; without them three zero
 // bytes follow attrP, because the reader takes attrP only with four bytes of room.
 std::string strokeRecord(const TrailContainer& trail, int32_t skippedCount = 0, bool withTexts = false);
+
+// Where strokeRecord puts each field a test may cut at or overwrite: the offset of its first
+// byte in the record ("...Count" is the count in front of a section).
+struct StrokeFields {
+    std::size_t typeName, subName, disableAreaCount, pointCount, pressureCount, angleCount, flagDrawCount,
+        epaPointCount, epaGrayCount, fixedBlock, controlNumCount, attrM0, renderFlag, contourCount, skippedCount,
+        attrI, attrD, attrE, extraControlNumCount, pageWidth, pageHeight, attrN, attrP;
+};
+StrokeFields strokeFields(const TrailContainer& trail, int32_t skippedCount = 0);
 
 // The run-length code (pairs only, no length field) of a full picture, made by the
 // library's own encoder. pixels must hold kPictureSize bytes.

@@ -8,6 +8,8 @@
 #include "console.h"
 #include "kwdatafile.h"
 #include "kwfilefeaturemodule.h"
+#include "layers.h"
+#include "status.h"
 
 namespace notetool {
 
@@ -41,12 +43,12 @@ ordered_json headerJson(const std::string& path) {
 // the stroke block's head (the strokes themselves are not decoded) and the page style.
 ordered_json readPage(KwFileProcess& file, int number) {
     PageFeatureReadFlag flags;
-    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
+    noteformat::selectAllLayers(flags);
     flags.layerSeq = flags.pageStyle = true;
     flags.totalPath = flags.totalPathHead = true;
     KwPageFeatureModule page;
     const int status = file.fetchPageFeature(page, number, flags);
-    if (status != 0) throw ToolError(file.filePath + ": page " + std::to_string(number) + ": " + statusReason(status));
+    if (status != status::Ok) throw ToolError(file.filePath + ": page " + std::to_string(number) + ": " + statusReason(status));
     std::vector<std::string> layers = drawingOrder(page, LayerSelection());
     std::reverse(layers.begin(), layers.end());
     return ordered_json{{"number", number},

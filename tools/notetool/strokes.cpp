@@ -11,6 +11,7 @@
 #include "kwdataload.h"
 #include "output_file.h"
 #include "page_selection.h"
+#include "status.h"
 
 namespace notetool {
 
@@ -113,7 +114,7 @@ int runStrokes(const StrokesArgs& args) {
     selectPages(std::to_string(args.page), notePages(args.note), "--page");  // a page not in the note is a usage error
 
     std::vector<TrailContainer> trails;
-    int status = 0;
+    int status = status::Ok;
     try {
         status = KwDataLoad().fetchNotePathFromFile(trails, args.note, args.page);
     } catch (const std::length_error&) {
@@ -121,7 +122,7 @@ int runStrokes(const StrokesArgs& args) {
         throw ToolError(args.note + ": page " + std::to_string(args.page) +
                         ": strokes cannot be read (a stroke has a negative count)");
     }
-    if (status != 0)
+    if (status != status::Ok)
         throw ToolError(args.note + ": page " + std::to_string(args.page) + ": strokes: " + statusReason(status));
     for (const TrailContainer& trail : trails) {
         MappedStroke stroke{{}, &trail.pressures};

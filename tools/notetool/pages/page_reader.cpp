@@ -9,13 +9,19 @@
 #include "config.h"
 #include "kwdatafile.h"
 #include "kwdataload.h"
+#include "layers.h"
 #include "palette.h"
 #include "status.h"
 #include "tool_error.h"
 
 namespace notetool {
 
-const std::vector<std::string> kDefaultLayerOrder = {"BGLAYER", "LAYER3", "LAYER2", "LAYER1", "MAINLAYER"};
+// Bottom first: the format lists the layers top first.
+const std::vector<std::string> kDefaultLayerOrder = [] {
+    std::vector<std::string> order;
+    for (const noteformat::Layer& layer : noteformat::kLayers) order.insert(order.begin(), layer.name);
+    return order;
+}();
 
 bool LayerSelection::allows(const std::string& layer) const {
     if (!background && layer == "BGLAYER") return false;
@@ -25,11 +31,7 @@ bool LayerSelection::allows(const std::string& layer) const {
 namespace {
 
 int layerSite(const KwPageFeatureModule& page, const std::string& layer) {
-    if (layer == "MAINLAYER") return page.mainLayerSite;
-    if (layer == "LAYER1") return page.layer1Site;
-    if (layer == "LAYER2") return page.layer2Site;
-    if (layer == "LAYER3") return page.layer3Site;
-    return page.bgLayerSite;
+    return page.*noteformat::findLayer(layer)->site;
 }
 
 std::string pageError(const std::string& path, int page, const std::string& what) {
@@ -57,7 +59,7 @@ void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std:
     if (paperLeftOut) background.assign(kPagePixels, kNothing);
     uint8_t* target = paperLeftOut ? background.data() : pixels;
     const int status = loader.fetchNoteDataFromFileByLayer(path, page, layer, reinterpret_cast<char*>(target));
-    if (status != 0) throw ToolError(pageError(path, page, "layer " + layer + ": " + statusReason(status)));
+    if (status != status::Ok) throw ToolError(pageError(path, page, "layer " + layer + ": " + statusReason(status)));
     if (!paperLeftOut) return;
     for (std::size_t i = 0; i < kPagePixels; ++i)
         if (background[i] != kNothing && background[i] != kWhiteInk) pixels[i] = background[i];
@@ -73,7 +75,7 @@ std::string statusReason(int code) {
 void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path) {
     openNote(file, path);
     const int status = file.fetchIndex(index);
-    if (status != 0) throw ToolError(path + ": not a readable note: " + statusReason(status));
+    if (status != status::Ok) throw ToolError(path + ": not a readable note: " + statusReason(status));
 }
 
 std::vector<int> notePages(const std::string& path) {
@@ -111,13 +113,13 @@ std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
 
 KwPageFeatureModule readPageLayers(const std::string& path, int page) {
     PageFeatureReadFlag flags;
-    flags.mainLayer = flags.layer1 = flags.layer2 = flags.layer3 = flags.bgLayer = true;
+    noteformat::selectAllLayers(flags);
     flags.layerSeq = flags.pageStyle = true;
     KwFileProcess file;
     KwPageFeatureModule module;
     openNote(file, path);
     const int status = file.fetchPageFeature(module, page, flags);
-    if (status != 0) throw ToolError(pageError(path, page, statusReason(status)));
+    if (status != status::Ok) throw ToolError(pageError(path, page, statusReason(status)));
     return module;
 }
 

@@ -8,19 +8,20 @@
 #include <cstdint>
 
 #include "config.h"
+#include "picture.h"
 
 namespace notetool {
 
-constexpr int kPageWidth = 1404;
-constexpr int kPageHeight = 1872;
-constexpr std::size_t kPagePixels = std::size_t(kPageWidth) * kPageHeight;
+constexpr int kPageWidth = noteformat::kPictureWidth;
+constexpr int kPageHeight = noteformat::kPictureHeight;
+constexpr std::size_t kPagePixels = noteformat::kPictureSize;
 
-constexpr uint8_t kNothing = 0xFF;  // no layer drew here: paper, or transparent
-constexpr uint8_t kWhiteInk = 0xFE;
+constexpr uint8_t kNothing = noteformat::kTransparent;  // no layer drew here: paper, or transparent
+constexpr uint8_t kWhiteInk = noteformat::kWhite;
 constexpr uint32_t kPaper = 0xFFFFFFFFu;
 
 // The pixel values that carry ink (white ink included), in a fixed order.
-constexpr std::array<uint8_t, 7> kInkValues = {0x00, 0x01, 0x30, 0x31, 0x50, 0x51, 0xFE};
+constexpr std::array<uint8_t, 7> kInkValues = noteformat::kInkValues;
 
 // 0xAARRGGBB of a pixel value. Ink takes the library's colour table; white ink is opaque
 // white, so that it covers what lies below it. Nothing drawn is paper, or fully transparent

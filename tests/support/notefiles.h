@@ -1,5 +1,5 @@
-#ifndef LIBNOTE_TESTS_NOTEFILES_H
-#define LIBNOTE_TESTS_NOTEFILES_H
+#ifndef LIBNOTE_TESTS_SUPPORT_NOTEFILES_H
+#define LIBNOTE_TESTS_SUPPORT_NOTEFILES_H
 
 // What the tests share: a scratch directory for the note files they write, sample strokes
 // and pictures, metadata items, and a call's result together with its log.
@@ -72,10 +72,9 @@ inline bool sameStroke(const TrailContainer& a, const TrailContainer& b) {
 
 // Rows of every pixel value a layer is made of, placed by seed, on a transparent ground.
 inline std::vector<uint8_t> samplePicture(int seed) {
-    std::vector<uint8_t> pixels(notewriter::kPictureSize, 0xFF);
-    const uint8_t values[] = {0x00, 0x01, 0x30, 0x31, 0x50, 0x51, 0xFE};
+    std::vector<uint8_t> pixels(notewriter::kPictureSize, noteformat::kTransparent);
     for (int row = 0; row < notewriter::kPictureHeight; row += 13 + seed) {
-        const uint8_t value = values[(row + seed) % 7];
+        const uint8_t value = noteformat::kInkValues[(row + seed) % noteformat::kInkValues.size()];
         for (int x = seed; x < notewriter::kPictureWidth; x += 1 + (row % 4))
             pixels[static_cast<std::size_t>(row) * notewriter::kPictureWidth + x] = value;
     }
