@@ -28,10 +28,13 @@ libdeflate_compressor* threadCompressor() {
     return compressor.get();
 }
 
-// The values that do not take the most common index, with theirs: the few ink values.
+// The values that do not take the most common index, with theirs: the few ink values. Where
+// each even value takes the index of the odd one after it (the pen's two values of a colour),
+// values are compared without their lowest bit, which halves the comparisons.
 struct Exceptions {
     uint8_t common = 0;
-    std::vector<std::pair<uint8_t, uint8_t>> values;  // value, index
+    uint8_t mask = 0xFF;                              // of the bits compared
+    std::vector<std::pair<uint8_t, uint8_t>> values;  // value (masked), index
 };
 
 Exceptions exceptionsOf(const Palette& palette) {
@@ -39,7 +42,10 @@ Exceptions exceptionsOf(const Palette& palette) {
     for (uint8_t index : palette.indexOf) ++uses[index];
     Exceptions e;
     e.common = static_cast<uint8_t>(std::max_element(uses.begin(), uses.end()) - uses.begin());
-    for (int value = 0; value < 256; ++value)
+    bool paired = true;
+    for (int value = 0; value < 256; value += 2) paired &= palette.indexOf[value] == palette.indexOf[value + 1];
+    e.mask = paired ? 0xFE : 0xFF;
+    for (int value = 0; value < 256; value += paired ? 2 : 1)
         if (palette.indexOf[value] != e.common) e.values.emplace_back(uint8_t(value), palette.indexOf[value]);
     return e;
 }
@@ -48,8 +54,15 @@ Exceptions exceptionsOf(const Palette& palette) {
 // highest bits, as PNG and PDF both order them. `count` is a multiple of perByte.
 class RowPacker {
 public:
-    explicit RowPacker(const Palette& palette)
-        : indexOf_(palette.indexOf), bits_(palette.bitDepth), exceptions_(exceptionsOf(palette)) {}
+    explicit RowPacker(const Palette& palette) : indexOf_(palette.indexOf), bits_(palette.bitDepth) {
+#if defined(__SSE2__)
+        const Exceptions e = exceptionsOf(palette);
+        common_ = _mm_set1_epi8(static_cast<char>(e.common));
+        mask_ = _mm_set1_epi8(static_cast<char>(e.mask));
+        for (const auto& [value, index] : e.values)
+            exceptions_.push_back({_mm_set1_epi8(static_cast<char>(value)), _mm_set1_epi8(static_cast<char>(index ^ e.common))});
+#endif
+    }
 
     void pack(const uint8_t* values, int count, uint8_t* out) const {
         int x = 0;
@@ -69,13 +82,16 @@ public:
 
 private:
 #if defined(__SSE2__)
+    struct Exception {
+        __m128i value;  // masked
+        __m128i delta;  // its index, bits that differ from the common one
+    };
+
+    // At most one exception matches a pixel, so its delta turns the common index into its own.
     __m128i indices(const uint8_t* values) const {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(values));
-        __m128i index = _mm_set1_epi8(static_cast<char>(exceptions_.common));
-        for (const auto& [value, at] : exceptions_.values) {
-            const __m128i hit = _mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(value)));
-            index = _mm_or_si128(_mm_andnot_si128(hit, index), _mm_and_si128(hit, _mm_set1_epi8(static_cast<char>(at))));
-        }
+        const __m128i v = _mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(values)), mask_);
+        __m128i index = common_;
+        for (const Exception& e : exceptions_) index = _mm_xor_si128(index, _mm_and_si128(_mm_cmpeq_epi8(v, e.value), e.delta));
         return index;
     }
 
@@ -101,7 +117,11 @@ private:
 
     const std::array<uint8_t, 256>& indexOf_;
     int bits_;
-    Exceptions exceptions_;
+#if defined(__SSE2__)
+    __m128i common_;
+    __m128i mask_;
+    std::vector<Exception> exceptions_;
+#endif
 };
 
 // Whether the values a and b occur among the page's pixels.
