@@ -135,15 +135,17 @@ public:
     // A closed potrace curve starts at the end point of its last segment.
     void curve(const potrace_curve_t& curve) {
         if (curve.n == 0) return;
-        moveTo(unitsOf(curve.c[curve.n - 1][2]));
+        potrace_dpoint_t from = curve.c[curve.n - 1][2];
+        moveTo(unitsOf(from));
         for (int i = 0; i < curve.n; ++i) {
             const potrace_dpoint_t* c = curve.c[i];
             if (curve.tag[i] == POTRACE_CORNER) {
                 lineTo(unitsOf(c[1]));
                 lineTo(unitsOf(c[2]));
             } else {
-                curveTo(unitsOf(c[0]), unitsOf(c[1]), unitsOf(c[2]));
+                roundedCorner(from, c[0], c[1], c[2]);
             }
+            from = c[2];
         }
         close();
     }
@@ -153,6 +155,45 @@ private:
         long x, y;
         bool operator==(const Point& o) const { return x == o.x && y == o.y; }
     };
+
+    // potrace rounds a corner with a curve from the middle of one edge of its polygon to the
+    // middle of the next, its control points on the edges. Where one edge is far longer than
+    // the other (a ruled line two pixels tall and hundreds long, cut by the letters on it),
+    // that curve bends the long edge along half its length and a straight line becomes a
+    // lens. The rounding is kept to the size of the short edge, and the rest of the long one
+    // stays straight.
+    void roundedCorner(potrace_dpoint_t from, potrace_dpoint_t c1, potrace_dpoint_t c2, potrace_dpoint_t to) {
+        // The corner: where the two edges (the curve's tangents at its ends) meet. A curve of
+        // one corner has its control points between the ends and the corner, from 0.55 to the
+        // whole of the way (potrace's alpha); a curve that joins several corners, or turns
+        // the other way, is left as it is.
+        const double dx1 = c1.x - from.x, dy1 = c1.y - from.y, dx2 = c2.x - to.x, dy2 = c2.y - to.y;
+        const double det = dx1 * dy2 - dy1 * dx2;
+        constexpr double kLonger = 3;  // a leg this many times the other, and
+        constexpr double kLong = 8;    // this many pixels long, is cut short
+        if (std::fabs(det) > 1e-9) {
+            const double s = ((to.x - from.x) * dy2 - (to.y - from.y) * dx2) / det;  // corner = from + s (c1 - from)
+            const double t = ((to.x - from.x) * dy1 - (to.y - from.y) * dx1) / det;  // corner = to + t (c2 - to)
+            const potrace_dpoint_t corner{from.x + s * dx1, from.y + s * dy1};
+            const double legFrom = std::hypot(corner.x - from.x, corner.y - from.y);
+            const double legTo = std::hypot(corner.x - to.x, corner.y - to.y);
+            const auto towards = [&corner](potrace_dpoint_t p, double keep) {  // the point `keep` of the way to p
+                return potrace_dpoint_t{corner.x + (p.x - corner.x) * keep, corner.y + (p.y - corner.y) * keep};
+            };
+            const bool oneCorner = s >= 1 && s <= 2 && t >= 1 && t <= 2;
+            if (oneCorner && legFrom > kLong && legFrom > kLonger * legTo) {
+                const potrace_dpoint_t start = towards(from, legTo / legFrom);
+                lineTo(unitsOf(start));
+                c1 = towards(c1, legTo / legFrom);
+            } else if (oneCorner && legTo > kLong && legTo > kLonger * legFrom) {
+                const potrace_dpoint_t end = towards(to, legFrom / legTo);
+                curveTo(unitsOf(c1), unitsOf(towards(c2, legFrom / legTo)), unitsOf(end));
+                lineTo(unitsOf(to));
+                return;
+            }
+        }
+        curveTo(unitsOf(c1), unitsOf(c2), unitsOf(to));
+    }
 
     static Point unitsOf(const potrace_dpoint_t& p) {
         return {std::lround(p.x * kOutlineUnitsPerPixel), std::lround(p.y * kOutlineUnitsPerPixel)};
