@@ -206,7 +206,8 @@ public:
 private:
     static std::string colourOperator(uint32_t argb) {
         std::string op;
-        for (int shift : {16, 8, 0}) op += number(((argb >> shift) & 0xFF) / 255.0) + " ";
+        // Six decimals name every level of 255 exactly.
+        for (int shift : {16, 8, 0}) op += number(((argb >> shift) & 0xFF) / 255.0, 6) + " ";
         return op + "rg\n";
     }
 
