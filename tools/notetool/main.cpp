@@ -22,7 +22,7 @@ namespace {
 
 const char* const kDescription =
     "notetool reads the note files of an e-ink writing tablet through libNote and gets their pages out: "
-    "as PNG images, as PDF and SVG (traced into vector outlines, or embedded losslessly), as pen strokes, "
+    "as PNG images, as PDF (the picture, losslessly, or traced into vector outlines) and SVG, as pen strokes, "
     "and for whole folders at once.";
 
 const char* const kFooter =
