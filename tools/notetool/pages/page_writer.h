@@ -49,6 +49,17 @@ public:
     virtual void finish() = 0;
 };
 
+// The writer of a format with a file per page, whose encoded page is the whole file.
+class PageFileWriter : public PageWriter {
+public:
+    explicit PageFileWriter(OutputFile& file) : file_(file) {}
+    void addEncodedPage(EncodedPage page) override { file_.write(page.bytes.data(), page.bytes.size()); }
+    void finish() override {}
+
+private:
+    OutputFile& file_;
+};
+
 }  // namespace notetool
 
 #endif

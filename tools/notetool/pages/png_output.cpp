@@ -124,17 +124,14 @@ std::string greyRows(cairo_surface_t* image, bool alpha) {
     return rows;
 }
 
-class PngWriter : public PageWriter {
+class PngWriter : public PageFileWriter {
 public:
     PngWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
-        : file_(file), options_(options), info_(info) {}
+        : PageFileWriter(file), options_(options), info_(info) {}
 
     EncodedPage encodePage(const uint8_t* pixels) const override { return {encodePng(pixels, options_, info_), {}}; }
-    void addEncodedPage(EncodedPage page) override { file_.write(page.bytes.data(), page.bytes.size()); }
-    void finish() override {}
 
 private:
-    OutputFile& file_;
     DrawingOptions options_;
     DocumentInfo info_;
 };

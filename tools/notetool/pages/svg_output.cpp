@@ -31,10 +31,10 @@ std::string base64(const std::string& bytes) {
     return out;
 }
 
-class SvgWriter : public PageWriter {
+class SvgWriter : public PageFileWriter {
 public:
     SvgWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
-        : file_(file), options_(options), info_(info) {}
+        : PageFileWriter(file), options_(options), info_(info) {}
 
     EncodedPage encodePage(const uint8_t* pixels) const override {
         const std::string width = std::to_string(kPageWidth), height = std::to_string(kPageHeight);
@@ -63,10 +63,6 @@ public:
         return {svg + "</svg>\n", {}};
     }
 
-    void addEncodedPage(EncodedPage page) override { file_.write(page.bytes.data(), page.bytes.size()); }
-
-    void finish() override {}
-
 private:
     std::string millimetres(int pixels) const {
         char text[32];
@@ -74,7 +70,6 @@ private:
         return text;
     }
 
-    OutputFile& file_;
     DrawingOptions options_;
     DocumentInfo info_;
 };
