@@ -216,6 +216,38 @@ TEST(NotetoolRender, ABrokenPageIsBlankInADocumentAndMissingFromASet) {
     EXPECT_TRUE(filesIn(dir.path("strict")).empty());
 }
 
+// A PDF holds each page as the picture its PNG is, in page order however many workers made
+// them; --vector traces the pages into outlines instead, and holds no image.
+TEST(NotetoolRender, PdfPagesAreThePngsInOrderOrTracedOnRequest) {
+    ScratchDir dir;
+    const std::string path = dir.write("n.note", notewriter::buildNote(boxPages(7)));
+    ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("png/")}).code, 0);
+    ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("n.pdf"), "-j", "2"}).code, 0);
+    ASSERT_EQ(notetest::program(dir, {"pdfimages", "-png", dir.path("n.pdf"), dir.path("image")}).code, 0);
+    for (int page = 1; page <= 7; ++page) {
+        SCOPED_TRACE(page);
+        unsigned width, height, imageWidth, imageHeight;
+        const std::vector<uint8_t> png = readPng(dir.path("png/n-p" + std::to_string(page) + ".png"), width, height);
+        const std::vector<uint8_t> image = readPng(dir.path("image-00" + std::to_string(page - 1) + ".png"), imageWidth, imageHeight);
+        EXPECT_EQ(imageWidth, width);
+        EXPECT_EQ(imageHeight, height);
+        EXPECT_TRUE(image == png);
+    }
+
+    ASSERT_EQ(notetool(dir, {"render", path, "-o", dir.path("v.pdf"), "--vector", "--pages", "2", "--dpi", "72"}).code, 0);
+    const ToolRun list = notetest::program(dir, {"pdfimages", "-list", dir.path("v.pdf")});
+    EXPECT_EQ(list.out.find("image"), std::string::npos) << list.out;
+    // Page 2's box covers (100, 120) to (400, 130): ink inside, paper around it.
+    ASSERT_EQ(notetest::program(dir, {"pdftocairo", "-png", "-r", "72", dir.path("v.pdf"), dir.path("v")}).code, 0);
+    unsigned width, height;
+    const std::vector<uint8_t> traced = readPng(dir.path("v-1.png"), width, height);
+    ASSERT_EQ(width, 1404u);
+    EXPECT_EQ(pixel(traced, 250, 125).first, 0x01);
+    EXPECT_EQ(pixel(traced, 110, 121).first, 0x01);
+    EXPECT_EQ(pixel(traced, 250, 133).first, 0xFF);
+    EXPECT_EQ(pixel(traced, 250, 116).first, 0xFF);
+}
+
 // A PDF page is as large as the tablet's page: its pixels at the note's own resolution
 // (DEVICE_DPI, when it is a sane number), else 226 dpi, unless --dpi says otherwise. Files
 // carry the note's name and their maker, and the same note makes the same bytes.

@@ -32,6 +32,7 @@ TEST(NotetoolUsage, MistakesAreNamedAsTypedAndWriteNothing) {
         {{"convert", "NOTE", "-o", "OUT/", "--jobs", "257"}, "--jobs: 257 is not a whole number from 1 to 256"},
         {{"render", "NOTE", "-o", "OUT/", "--dpi", "0.5"}, "--dpi: 0.5 is not a number from 50 to 2400"},
         {{"render", "NOTE", "-o", ""}, "-o: the path is empty"},
+        {{"render", "NOTE", "-o", "OUT/x.pdf", "--raster", "--vector"}, "--raster excludes --vector"},
         {{"render", "", "-o", "OUT/"}, "FILE: the path is empty"},
         {{"render", "NOTE", "-o", "OUT/x.jpg"}, "-o OUT/x.jpg: .jpg is not the extension of png, pdf or svg (a folder's name ends in /)"},
         {{"render", "NOTE", "--output", "OUT/x.pdf", "--format", "png"}, "--output OUT/x.pdf: the extension says pdf, --format says png"},

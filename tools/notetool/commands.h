@@ -29,6 +29,7 @@ struct DrawingArgs {
     double dpi = 0;  // 0: the note's own
     bool transparent = false;
     bool raster = false;
+    bool vector = false;
     bool strict = false;
 };
 

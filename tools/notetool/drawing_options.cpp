@@ -81,7 +81,11 @@ void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& 
         ->check(numberFrom(kMinDpi, kMaxDpi, false));
     command.add_flag("--transparent", args.transparent,
                      "Leave out the white paper, and the background layer's white with it: only ink is opaque");
-    command.add_flag("--raster", args.raster, "PDF and SVG: embed the page as a lossless image instead of tracing it");
+    CLI::Option* raster = command.add_flag(
+        "--raster", args.raster, "SVG: embed the page as a lossless image instead of tracing it (a PDF holds that image already)");
+    command.add_flag("--vector", args.vector,
+                     "PDF: trace the page into filled outlines instead of holding it as a lossless image (SVG's default)")
+        ->excludes(raster);
     command.add_flag("--strict", args.strict,
                      "All or nothing: write no file of a note that has a page that cannot be read (by default such a "
                      "page is a blank page in a PDF and a missing file in a set, and the rest is written)");
@@ -93,6 +97,7 @@ DrawingOptions drawingOptions(const DrawingArgs& args) {
     options.dpi = args.dpi;
     options.transparent = args.transparent;
     options.raster = args.raster;
+    options.vector = args.vector;
     options.creator = "notetool " NOTETOOL_VERSION;
     options.layers.background = !args.noBackground;
     if (!args.layers) return options;

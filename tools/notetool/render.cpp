@@ -21,7 +21,9 @@ CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args) {
         "PDF pages have their size on paper: 1404 x 1872 pixels at the note's DEVICE_DPI when it is a number from "
         "50 to 2400, else at 226 dpi (about 6.2 x 8.3 inches), or at --dpi, times --scale. SVG pages get the same "
         "size in millimetres. The same note and options give the same bytes; a PDF carries a creation date only "
-        "when SOURCE_DATE_EPOCH is set.");
+        "when SOURCE_DATE_EPOCH is set.\n"
+        "A PDF page is the page's picture, losslessly, as the PNG holds it; --vector traces it into outlines. SVG "
+        "pages are traced; --raster embeds the picture instead.");
     addPathOption(*command, "FILE", args.note, "The note file")->required();
     addPathOption(*command, "-o,--output", args.out, "Output file or folder (OUT), or - for standard output")->required();
     command->add_option_function<std::string>(

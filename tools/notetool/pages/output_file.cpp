@@ -107,7 +107,6 @@ void OutputFile::close() {
 }
 
 void OutputFile::commit() {
-    rethrowFailure();  // a writer that did not pass a failed write on must not commit half a file
     close();
     if (!tempPath_.empty()) {
         std::lock_guard<std::mutex> hold(g_temporariesLock);
@@ -115,21 +114,6 @@ void OutputFile::commit() {
         g_temporaries.erase(tempPath_);
     }
     committed_ = true;
-}
-
-bool OutputFile::writeCallback(void* closure, const unsigned char* data, std::size_t length) {
-    auto* file = static_cast<OutputFile*>(closure);
-    try {
-        file->write(data, length);
-        return true;
-    } catch (const OutputError& e) {
-        if (file->failure_ == 0) file->failure_ = e.error;
-        return false;
-    }
-}
-
-void OutputFile::rethrowFailure() const {
-    if (failure_ != 0) throw OutputError(name_, failure_);
 }
 
 void setStandardOutput(int fd) { g_standardOutput = fd; }

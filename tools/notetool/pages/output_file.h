@@ -47,14 +47,8 @@ public:
 
     // Ends the writing: the temporary file is complete but keeps its temporary name.
     void close();
-    // Closes, and renames the temporary file over the path; refuses when a write failed.
+    // Closes, and renames the temporary file over the path.
     void commit();
-
-    // For C writers (cairo, libpng) that take a function and a closure (the OutputFile): a
-    // write that fails returns false, and the failure is kept for rethrowFailure().
-    static bool writeCallback(void* closure, const unsigned char* data, std::size_t length);
-    // Throws the failure a writeCallback kept, if any.
-    void rethrowFailure() const;
 
 private:
     std::string name_;
@@ -63,7 +57,6 @@ private:
     int fd_ = -1;
     bool ownsFd_ = true;
     bool committed_ = false;
-    int failure_ = 0;
 };
 
 // The descriptor "-" writes to (standard output unless the host moved it); its final close

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cctype>
 
+#include "pdf_output.h"
 #include "png_output.h"
-#include "vector_output.h"
+#include "svg_output.h"
 
 namespace notetool {
 

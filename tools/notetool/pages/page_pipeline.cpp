@@ -1,8 +1,12 @@
 #include "page_pipeline.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstring>
+#include <exception>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 #include "palette.h"
@@ -107,48 +111,130 @@ NoteResult renderPages(const Run& run, int workers) {
     return result;
 }
 
-// One document for all pages. The pages are decoded in parallel, a batch of one page per
-// worker at a time, and added to the document in page order; a page that cannot be read is
-// a blank page, so that the pages after it keep their numbers.
+// Runs make(i) for i in [0, count) on up to `workers` threads and hands the results to
+// take(i, result) on the calling thread, in order of i, until take returns false. A
+// failure of take is rethrown once the workers have stopped.
+template <class Result>
+void inPageOrder(int count, int workers, const std::function<Result(int)>& make,
+                 const std::function<bool(int, Result)>& take) {
+    if (workers <= 1 || count <= 1) {
+        for (int i = 0; i < count; ++i)
+            if (!take(i, make(i))) return;
+        return;
+    }
+    // Results wait here until those before them are taken; a worker starts no page more
+    // than `window` pages ahead of the next one to take.
+    const int window = 2 * workers;
+    std::mutex lock;
+    std::condition_variable changed;
+    std::map<int, Result> done;
+    int next = 0;       // the next page to start
+    int taken = 0;      // pages taken so far
+    bool stop = false;  // the taker wants no more
+    std::vector<std::thread> pool;
+    for (int t = 0; t < std::min(workers, count); ++t)
+        pool.emplace_back([&] {
+            std::unique_lock<std::mutex> guard(lock);
+            while (true) {
+                changed.wait(guard, [&] { return stop || next >= count || next < taken + window; });
+                if (stop || next >= count) return;
+                const int i = next++;
+                guard.unlock();
+                Result result = make(i);
+                guard.lock();
+                done.emplace(i, std::move(result));
+                changed.notify_all();
+            }
+        });
+    std::exception_ptr failure;
+    {
+        std::unique_lock<std::mutex> guard(lock);
+        while (taken < count && !stop) {
+            changed.wait(guard, [&] { return done.count(taken) > 0; });
+            Result result = std::move(done.at(taken));
+            done.erase(taken);
+            guard.unlock();
+            bool more = false;
+            try {
+                more = take(taken, std::move(result));
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            guard.lock();
+            ++taken;
+            stop = !more;
+            changed.notify_all();
+        }
+        stop = true;
+        changed.notify_all();
+    }
+    for (std::thread& thread : pool) thread.join();
+    if (failure) std::rethrow_exception(failure);
+}
+
+// A page made ready for the document, or why it could not be read, or why it could not be
+// made (rethrown as the document's failure when its turn comes).
+struct ReadyPage {
+    EncodedPage encoded;
+    std::string readError;
+    std::exception_ptr encodeError;
+};
+
+// Composes and encodes the page; a page that cannot be read is encoded blank, so that the
+// pages after it keep their numbers.
+ReadyPage preparePage(const Run& run, const PageWriter& document, int page) {
+    thread_local std::vector<uint8_t> pixels(kPagePixels);
+    ReadyPage ready;
+    try {
+        composePage(run.job.note, page, run.options.layers, run.options.transparent, pixels.data());
+    } catch (const std::exception& e) {
+        ready.readError = e.what();
+        if (run.job.strict) return ready;  // the document will not be written
+        std::memset(pixels.data(), kNothing, kPagePixels);
+    }
+    try {
+        ready.encoded = document.encodePage(pixels.data());
+    } catch (...) {
+        ready.encodeError = std::current_exception();
+    }
+    return ready;
+}
+
+// One document for all pages. Workers compose and encode pages in parallel, and the pages
+// are added to the document in page order as they come; only a few pages a worker are in
+// flight at a time, so the memory a note takes does not grow with its length.
 NoteResult renderDocument(const Run& run, int workers) {
     const NoteJob& job = run.job;
     const int count = static_cast<int>(job.pages.size());
-    const int batch = std::max(1, std::min(workers, count));
-    std::vector<std::vector<uint8_t>> pixels(static_cast<std::size_t>(batch), std::vector<uint8_t>(kPagePixels));
-    std::vector<std::string> errors(static_cast<std::size_t>(batch));
     NoteResult result;
     try {
         OutputFile file(job.file);
         const std::unique_ptr<PageWriter> document = run.format.open(file, run.options, run.info);
-        for (int first = 0; first < count; first += batch) {
-            if (run.stopped()) return {};  // the disk is full: the document goes unfinished
-            const int size = std::min(batch, count - first);
-            parallelFor(size, size, [&](int k) {
-                const std::size_t slot = static_cast<std::size_t>(k);
-                errors[slot].clear();
-                try {
-                    composePage(job.note, job.pages[static_cast<std::size_t>(first + k)], run.options.layers,
-                                run.options.transparent, pixels[slot].data());
-                } catch (const std::exception& e) {
-                    errors[slot] = e.what();
-                }
-            });
-            for (std::size_t k = 0; k < static_cast<std::size_t>(size); ++k) {
-                if (!errors[k].empty()) {
-                    if (job.strict) {
-                        run.readFailed(errors[k] + "; " + file.name() + " not written");
-                        return {0, count};
-                    }
-                    run.readFailed(errors[k] + "; a blank page in its place");
-                    std::memset(pixels[k].data(), kNothing, kPagePixels);
-                    ++result.failed;
-                } else {
-                    ++result.written;
-                }
-                document->addPage(pixels[k].data());
-                run.pageDone();
-            }
-        }
+        bool stop = false;
+        inPageOrder<ReadyPage>(count, workers, [&](int i) { return preparePage(run, *document, job.pages[std::size_t(i)]); },
+                    [&](int, ReadyPage page) {
+                        if (stop || run.stopped()) {  // the disk is full: the document goes unfinished
+                            stop = true;
+                            return false;
+                        }
+                        if (page.encodeError) std::rethrow_exception(page.encodeError);
+                        if (!page.readError.empty()) {
+                            if (job.strict) {
+                                run.readFailed(page.readError + "; " + file.name() + " not written");
+                                stop = true;
+                                result = {0, count};
+                                return false;
+                            }
+                            run.readFailed(page.readError + "; a blank page in its place");
+                            ++result.failed;
+                        } else {
+                            ++result.written;
+                        }
+                        document->addEncodedPage(std::move(page.encoded));
+                        run.pageDone();
+                        return true;
+                    });
+        if (stop) return run.stopped() ? NoteResult{} : result;
         document->finish();
         file.commit();
     } catch (const std::exception& e) {

@@ -1,181 +1,83 @@
 #include "png_output.h"
 
+#include <libdeflate.h>
+
 #include <algorithm>
-#include <array>
 #include <cairo.h>
 #include <cmath>
-#include <csetjmp>
 #include <cstring>
 #include <memory>
-#include <png.h>
-#include <zlib.h>
 #include <vector>
 
 #include "output_file.h"
 #include "palette.h"
+#include "palette_picture.h"
 #include "tool_error.h"
 
 namespace notetool {
 
 namespace {
 
-// An image ready for libpng: rows produced on demand into one row buffer, so that a page is
-// never held twice in memory.
-struct PngImage {
-    int width = 0;
-    int height = 0;
-    png_uint_32 pixelsPerMetre = 0;
-    int bitDepth = 8;
-    int colourType = PNG_COLOR_TYPE_PALETTE;
-    std::vector<png_color> palette;
-    std::vector<png_byte> alphas;  // tRNS entries, palette order
-    std::vector<png_byte> row;
-    void (*fillRow)(void* source, int y, png_byte* row) = nullptr;
-    void* source = nullptr;
-};
+constexpr char kSignature[] = "\x89PNG\r\n\x1a\n";
+constexpr uint8_t kGrey = 0, kPaletteColour = 3, kGreyAlpha = 4;  // PNG's colour types
 
-// The file keeps a failed write's reason; libpng is only told to stop.
-void writeBytes(png_structp png, png_bytep data, png_size_t length) {
-    if (!OutputFile::writeCallback(png_get_io_ptr(png), data, length)) png_error(png, "write failed");
+void appendBigEndian(std::string& out, uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8) out += static_cast<char>(value >> shift);
 }
 
-void flushNothing(png_structp) {}
-
-void recordError(png_structp png, png_const_charp message) {
-    auto* error = static_cast<std::string*>(png_get_error_ptr(png));
-    if (error->empty()) *error = message;
-    png_longjmp(png, 1);
+// A PNG chunk: its length, type, data and the CRC of type and data.
+void appendChunk(std::string& out, const char (&type)[5], const std::string& data) {
+    appendBigEndian(out, static_cast<uint32_t>(data.size()));
+    const std::size_t typeAt = out.size();
+    out.append(type, 4);
+    out += data;
+    appendBigEndian(out, libdeflate_crc32(0, out.data() + typeAt, out.size() - typeAt));
 }
 
-void ignoreWarning(png_structp, png_const_charp) {}
-
-// libpng reports errors by longjmp, so nothing here may own memory or have a destructor:
-// every C++ object lives in the caller.
-bool encode(png_structp png, png_infop info, PngImage& image) {
-    if (setjmp(png_jmpbuf(png))) return false;
-    png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
-                 image.bitDepth, image.colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
-    png_set_pHYs(png, info, image.pixelsPerMetre, image.pixelsPerMetre, PNG_RESOLUTION_METER);
-    if (image.colourType == PNG_COLOR_TYPE_PALETTE) {
-        png_set_PLTE(png, info, image.palette.data(), static_cast<int>(image.palette.size()));
-        if (!image.alphas.empty())
-            png_set_tRNS(png, info, image.alphas.data(), static_cast<int>(image.alphas.size()), nullptr);
-        // Filters do not help palette indices, and skipping them saves most of the time.
-        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
-    }
-    // Pages are mostly long runs of one value: run-length matching compresses them as well
-    // as the default strategy at a fraction of the time.
-    png_set_compression_strategy(png, Z_RLE);
-    png_write_info(png, info);
-    for (int y = 0; y < image.height; ++y) {
-        image.fillRow(image.source, y, image.row.data());
-        png_write_row(png, image.row.data());
-    }
-    png_write_end(png, info);
-    return true;
-}
-
-void writeImage(OutputFile& file, PngImage& image) {
-    std::string error;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &error, recordError, ignoreWarning);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    if (!info) {
-        png_destroy_write_struct(&png, nullptr);
-        throw ToolError(file.name() + ": cannot start the PNG encoder");
-    }
-    png_set_write_fn(png, &file, writeBytes, flushNothing);
-    const bool ok = encode(png, info, image);
-    png_destroy_write_struct(&png, &info);
-    if (ok) return;
-    file.rethrowFailure();
-    throw ToolError(file.name() + ": " + error);
-}
-
-// ---- The page as a palette picture, scaled by a whole number ----
-
-// The decoder writes only the eight pixel values of a layer, which take at most six
-// colours, so one palette of four bits a pixel serves every page, and no pass over the
-// page is needed to choose it.
-struct PaletteSource {
-    const uint8_t* pixels;
-    int scale;
-    std::array<uint8_t, 256> index;  // pixel value -> palette index
-    std::vector<png_byte> pairs;     // two pixel values (first in the low byte) -> packed byte
-    std::vector<uint8_t> indices;    // one scaled row of palette indices
-};
-
-void fillPaletteRow(void* source, int y, png_byte* row) {
-    auto& s = *static_cast<PaletteSource*>(source);
-    const uint8_t* in = s.pixels + std::size_t(y / s.scale) * kPageWidth;
-    if (s.scale == 1) {  // the common case: one table look-up for each two pixels
-        for (int x = 0; x < kPageWidth; x += 2) *row++ = s.pairs[in[x] | in[x + 1] << 8];
-        return;
-    }
-    uint8_t* out = s.indices.data();
-    for (int x = 0; x < kPageWidth; ++x) out = std::fill_n(out, s.scale, s.index[in[x]]);
-    for (std::size_t x = 0; x < s.indices.size(); x += 2)  // the scaled width is even: 1404 is
-        *row++ = static_cast<png_byte>(s.indices[x] << 4 | s.indices[x + 1]);
-}
-
-void writePalettePng(OutputFile& file, const uint8_t* pixels, int scale, bool transparent, png_uint_32 pixelsPerMetre) {
-    PaletteSource source{pixels, scale, {}, std::vector<png_byte>(65536), std::vector<uint8_t>(std::size_t(kPageWidth) * scale)};
-    PngImage image;
-    image.pixelsPerMetre = pixelsPerMetre;
-    std::vector<uint32_t> colours;
-    for (int value = 0; value < 256; ++value) {
-        const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
-        auto at = std::find(colours.begin(), colours.end(), colour);
-        if (at == colours.end()) at = colours.insert(colours.end(), colour);
-        source.index[value] = static_cast<uint8_t>(at - colours.begin());
-    }
-    for (int pair = 0; pair < 65536; ++pair)
-        source.pairs[pair] = static_cast<png_byte>(source.index[pair & 0xFF] << 4 | source.index[pair >> 8]);
-    for (uint32_t colour : colours) {
-        image.palette.push_back({png_byte(colour >> 16), png_byte(colour >> 8), png_byte(colour)});
-        image.alphas.push_back(png_byte(colour >> 24));
-    }
-    // tRNS may stop at the last entry that is not opaque.
-    while (!image.alphas.empty() && image.alphas.back() == 0xFF) image.alphas.pop_back();
-
-    image.width = kPageWidth * scale;
-    image.height = kPageHeight * scale;
-    image.bitDepth = 4;
-    image.row.resize(std::size_t(image.width + 1) / 2);
-    image.fillRow = fillPaletteRow;
-    image.source = &source;
-    writeImage(file, image);
-}
-
-// ---- Any other scale: filtered by cairo, written as grey (and alpha) ----
-
-struct GreySource {
-    const unsigned char* data;
-    int stride;
+struct ImageHeader {
     int width;
-    bool alpha;
+    int height;
+    uint8_t bitDepth;
+    uint8_t colourType;
+    uint32_t pixelsPerMetre;  // on paper, for pHYs
 };
 
-void fillGreyRow(void* source, int y, png_byte* row) {
-    const auto& s = *static_cast<const GreySource*>(source);
-    const auto* in = reinterpret_cast<const uint32_t*>(s.data + std::size_t(y) * s.stride);
-    for (int x = 0; x < s.width; ++x) {
-        const uint32_t p = in[x];
-        const unsigned a = p >> 24;
-        // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
-        const unsigned grey = a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a;
-        if (s.alpha) {
-            row[2 * x] = png_byte(grey);
-            row[2 * x + 1] = png_byte(a);
-        } else {
-            row[x] = png_byte(grey);
+// The whole file around image data compressed as palette_picture.h lays it out. The data is
+// written as it comes, whatever its compressor: libpng compresses only what it filters
+// itself, and a page is compressed once for PNG and PDF alike.
+std::string pngFile(const ImageHeader& header, const Palette* palette, const std::string& imageData) {
+    std::string out(kSignature, sizeof kSignature - 1);
+    std::string ihdr;
+    appendBigEndian(ihdr, static_cast<uint32_t>(header.width));
+    appendBigEndian(ihdr, static_cast<uint32_t>(header.height));
+    ihdr += {static_cast<char>(header.bitDepth), static_cast<char>(header.colourType), 0, 0, 0};  // deflate, no interlace
+    appendChunk(out, "IHDR", ihdr);
+    std::string phys;
+    appendBigEndian(phys, header.pixelsPerMetre);
+    appendBigEndian(phys, header.pixelsPerMetre);
+    phys += '\1';  // per metre
+    appendChunk(out, "pHYs", phys);
+    if (palette) {
+        std::string plte, trns;
+        for (uint32_t colour : palette->colours) {
+            plte += {static_cast<char>(colour >> 16), static_cast<char>(colour >> 8), static_cast<char>(colour)};
+            trns += static_cast<char>(colour >> 24);
         }
+        appendChunk(out, "PLTE", plte);
+        // tRNS may stop at the last entry that is not opaque, and is left out when all are.
+        trns.erase(trns.find_last_not_of('\xFF') + 1);
+        if (!trns.empty()) appendChunk(out, "tRNS", trns);
     }
+    appendChunk(out, "IDAT", imageData);
+    appendChunk(out, "IEND", "");
+    return out;
 }
+
+// ---- Any scale that is not a whole number: filtered by cairo, written as grey (and alpha) ----
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool transparent, png_uint_32 pixelsPerMetre) {
+Surface scaledPage(const uint8_t* pixels, int width, int height, bool transparent) {
     Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
     cairo_surface_flush(page.get());
     unsigned char* data = cairo_image_surface_get_data(page.get());
@@ -187,8 +89,6 @@ void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool 
     }
     cairo_surface_mark_dirty(page.get());
 
-    const int width = std::max(1, static_cast<int>(std::lround(kPageWidth * scale)));
-    const int height = std::max(1, static_cast<int>(std::lround(kPageHeight * scale)));
     Surface scaled(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), cairo_surface_destroy);
     cairo_t* cr = cairo_create(scaled.get());
     cairo_scale(cr, double(width) / kPageWidth, double(height) / kPageHeight);
@@ -198,48 +98,65 @@ void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool 
     const cairo_status_t status = cairo_status(cr);
     cairo_destroy(cr);
     cairo_surface_flush(scaled.get());
-    if (status != CAIRO_STATUS_SUCCESS) throw ToolError(file.name() + ": cannot scale the page: " + cairo_status_to_string(status));
-
-    GreySource source{cairo_image_surface_get_data(scaled.get()), cairo_image_surface_get_stride(scaled.get()), width,
-                      transparent};
-    PngImage image;
-    image.pixelsPerMetre = pixelsPerMetre;
-    image.width = width;
-    image.height = height;
-    image.colourType = transparent ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
-    image.row.resize(std::size_t(width) * (transparent ? 2 : 1));
-    image.fillRow = fillGreyRow;
-    image.source = &source;
-    writeImage(file, image);
+    if (status != CAIRO_STATUS_SUCCESS) throw ToolError(std::string("cannot scale the page: ") + cairo_status_to_string(status));
+    return scaled;
 }
 
-class PngWriter : public PageWriter {
+// The rows of a scaled page as grey, or grey and alpha, each led by its filter byte.
+std::string greyRows(cairo_surface_t* image, bool alpha) {
+    const int width = cairo_image_surface_get_width(image);
+    const int height = cairo_image_surface_get_height(image);
+    const int stride = cairo_image_surface_get_stride(image);
+    const unsigned char* data = cairo_image_surface_get_data(image);
+    std::string rows;
+    rows.reserve(std::size_t(height) * (1 + std::size_t(width) * (alpha ? 2 : 1)));
+    for (int y = 0; y < height; ++y) {
+        const auto* in = reinterpret_cast<const uint32_t*>(data + std::size_t(y) * stride);
+        rows += '\0';
+        for (int x = 0; x < width; ++x) {
+            const uint32_t p = in[x];
+            const unsigned a = p >> 24;
+            // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
+            rows += static_cast<char>(a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a);
+            if (alpha) rows += static_cast<char>(a);
+        }
+    }
+    return rows;
+}
+
+class PngWriter : public PageFileWriter {
 public:
     PngWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
-        : file_(file),
-          options_(options),
-          pixelsPerMetre_(static_cast<png_uint_32>(std::lround(info.dpi * options.scale / 0.0254))) {}
+        : PageFileWriter(file), options_(options), info_(info) {}
 
-    void addPage(const uint8_t* pixels) override {
-        const double whole = std::round(options_.scale);
-        if (whole >= 1 && std::fabs(options_.scale - whole) < 1e-9)
-            writePalettePng(file_, pixels, static_cast<int>(whole), options_.transparent, pixelsPerMetre_);
-        else
-            writeScaledPng(file_, pixels, options_.scale, options_.transparent, pixelsPerMetre_);
-    }
-
-    void finish() override {}
+    EncodedPage encodePage(const uint8_t* pixels) const override { return {encodePng(pixels, options_, info_), {}}; }
 
 private:
-    OutputFile& file_;
     DrawingOptions options_;
-    png_uint_32 pixelsPerMetre_;
+    DocumentInfo info_;
 };
 
 }  // namespace
 
 std::unique_ptr<PageWriter> openPng(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info) {
     return std::make_unique<PngWriter>(file, options, info);
+}
+
+std::string encodePng(const uint8_t* pixels, const DrawingOptions& options, const DocumentInfo& info) {
+    const auto pixelsPerMetre = static_cast<uint32_t>(std::lround(info.dpi * options.scale / 0.0254));
+    const double whole = std::round(options.scale);
+    if (whole >= 1 && std::fabs(options.scale - whole) < 1e-9) {
+        const Palette palette = pagePalette(pixels, options.transparent);
+        const PalettePicture picture = compressPicture(pixels, static_cast<int>(whole), palette);
+        return pngFile({picture.width, picture.height, static_cast<uint8_t>(palette.bitDepth), kPaletteColour, pixelsPerMetre},
+                       &palette, picture.data);
+    }
+    const int width = std::max(1, static_cast<int>(std::lround(kPageWidth * options.scale)));
+    const int height = std::max(1, static_cast<int>(std::lround(kPageHeight * options.scale)));
+    const Surface scaled = scaledPage(pixels, width, height, options.transparent);
+    const std::string rows = greyRows(scaled.get(), options.transparent);
+    return pngFile({width, height, 8, options.transparent ? kGreyAlpha : kGrey, pixelsPerMetre}, nullptr,
+                   compressZlib(rows.data(), rows.size()));
 }
 
 }  // namespace notetool

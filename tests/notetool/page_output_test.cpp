@@ -1,16 +1,21 @@
-// PDF and SVG pages are checked by the readers people use (qpdf, poppler, librsvg, libxml2):
-// the files must be valid, and their renderings must look like the picture they were made of.
+// PNG, PDF and SVG pages are checked by the readers people use (libpng, qpdf, poppler,
+// librsvg, libxml2): the files must be valid, and their renderings must look like the picture
+// they were made of, exactly where the page is a picture.
 
 #include <cairo.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 
 #include "palette.h"
-#include "vector_output.h"
+#include "run_tool.h"
+#include "pdf_output.h"
+#include "png_output.h"
+#include "svg_output.h"
 
 namespace fs = std::filesystem;
 using namespace notetool;
@@ -57,11 +62,12 @@ Picture colours() {
     return p;
 }
 
-DrawingOptions drawing(double scale, bool transparent, bool raster) {
+DrawingOptions drawing(double scale, bool transparent, bool raster, bool vector = false) {
     DrawingOptions options;
     options.scale = scale;
     options.transparent = transparent;
     options.raster = raster;
+    options.vector = vector;
     return options;
 }
 
@@ -101,7 +107,7 @@ struct Difference {
     int exact = 0;     // pixels not exactly equal
 };
 
-// Compares a PNG rendered at one pixel per page unit with the picture.
+// Compares a PNG rendered at one pixel per page unit with the picture (cairo's reader).
 Difference compare(const std::string& png, const Picture& picture, bool transparent) {
     Image image(cairo_image_surface_create_from_png(png.c_str()), &cairo_surface_destroy);
     EXPECT_EQ(cairo_surface_status(image.get()), CAIRO_STATUS_SUCCESS) << png;
@@ -127,19 +133,19 @@ Difference compare(const std::string& png, const Picture& picture, bool transpar
     return d;
 }
 
-class VectorOutputTest : public ::testing::Test {
+class PageOutputTest : public ::testing::Test {
 protected:
     void SetUp() override { fs::create_directories(dir_); }
     void TearDown() override { fs::remove_all(dir_); }
     std::string path(const std::string& name) const { return (dir_ / name).string(); }
 
-    const fs::path dir_ = fs::temp_directory_path() / ("vector_output_test." + std::to_string(getpid()) + "." +
+    const fs::path dir_ = fs::temp_directory_path() / ("page_output_test." + std::to_string(getpid()) + "." +
                                                        ::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
-TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
+TEST_F(PageOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
     const std::vector<Picture> pages = {linesAndBlobs(), colours()};
-    write(openPdf, path("note.pdf"), pages, DrawingOptions{});
+    write(openPdf, path("note.pdf"), pages, drawing(1.0, false, false, true));
     int status;
     std::string check = run("qpdf --check " + path("note.pdf"), &status);
     EXPECT_EQ(status, 0) << check;
@@ -152,30 +158,105 @@ TEST_F(VectorOutputTest, TracedPdfIsValidAndRendersLikeThePicture) {
         EXPECT_LT(d.share, 0.002) << "page " << i + 1;
         EXPECT_EQ(d.interior, 0) << "page " << i + 1;
     }
-    // Spot checks: a one-pixel line keeps its ink; a slanted one spreads each row's ink over
-    // two pixels, so it renders half grey; the hole is paper, the island in it ink.
+    // Spot checks: a line one pixel wide stays a line, if a thinner one (pages are traced at
+    // their own size, where an outline may lie up to half a pixel inside the pixels); a slanted
+    // one spreads each row's ink over two pixels, so it renders half grey; the hole is paper,
+    // the island in it ink.
     Image lines(cairo_image_surface_create_from_png(path("page-1.png").c_str()), &cairo_surface_destroy);
-    EXPECT_LT(pixelAt(lines.get(), 120, 900) & 0xFF, 0x20u);
+    EXPECT_LT(pixelAt(lines.get(), 120, 900) & 0xFF, 0xC0u);
     EXPECT_LT(pixelAt(lines.get(), 700, 800) & 0xFF, 0xA0u);
     EXPECT_EQ(pixelAt(lines.get(), 700, 1300), 0xFFFFFFFFu);
     EXPECT_EQ(pixelAt(lines.get(), 700, 1400), 0xFF9D9D9Du);
 }
 
-TEST_F(VectorOutputTest, RasterPdfEmbedsThePictureLosslessly) {
-    const Picture page = colours();
-    write(openPdf, path("raster.pdf"), {page, page}, drawing(2.0, false, true));
-    EXPECT_NE(run("pdfinfo " + path("raster.pdf")).find(" 2808 x 3744 pts"), std::string::npos);
+// By default a PDF page is the picture: one palette image each, drawn unsmoothed over the
+// whole page, of the very bytes the page's PNG holds, and rendered it is the PNG, exactly.
+// Pages keep their order. poppler smooths any image drawn at less than four times its size,
+// whatever the file asks, so its pdftoppm is checked at 4x; its cairo renderer keeps the
+// pixels at 1x.
+TEST_F(PageOutputTest, PdfPagesAreThePicturesAndHoldThePngsData) {
+    const std::vector<Picture> pages = {colours(), linesAndBlobs()};
+    write(openPdf, path("note.pdf"), pages, DrawingOptions{});
+    int status;
+    const std::string check = run("qpdf --check " + path("note.pdf"), &status);
+    EXPECT_EQ(status, 0) << check;
+    // Four bits a pixel where white ink and paper meet (page 1), else two.
+    const std::string list = run("pdfimages -list " + path("note.pdf"));
+    EXPECT_NE(list.find("1     0 image    1404  1872  index   1   4  image  no"), std::string::npos) << list;
+    EXPECT_NE(list.find("2     1 image    1404  1872  index   1   2  image  no"), std::string::npos) << list;
 
-    // The image poppler reads out of the file is the picture, and is not to be smoothed.
-    // (Renderings cannot show this exactly: poppler smooths images drawn at less than four
-    // times their size, whatever the file asks.)
-    std::string list = run("pdfimages -list " + path("raster.pdf"));
-    EXPECT_NE(list.find("1404  1872  gray    1   8  image  no"), std::string::npos) << list;
-    run("pdfimages -png -f 2 " + path("raster.pdf") + " " + path("image"));
-    EXPECT_EQ(compare(path("image-000.png"), page, false).exact, 0);
+    const std::string pdf = notetest::readWholeFile(path("note.pdf"));
+    run("pdftocairo -r 72 -png " + path("note.pdf") + " " + path("page"));
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const std::string number = std::to_string(i + 1);
+        const std::string png = path("p" + number + ".png");
+        write(openPng, png, {pages[i]}, DrawingOptions{});
+        EXPECT_EQ(compare(png, pages[i], false).exact, 0);
+        EXPECT_EQ(compare(path("page-" + number + ".png"), pages[i], false).exact, 0) << "page " << number;
+        // The PNG's image data (its IDAT chunk, after length and type) is in the PDF as it is.
+        const std::string bytes = notetest::readWholeFile(png);
+        const std::size_t idat = bytes.find("IDAT");
+        ASSERT_NE(idat, std::string::npos);
+        std::size_t length = 0;
+        for (std::size_t k = idat - 4; k < idat; ++k) length = length << 8 | uint8_t(bytes[k]);
+        EXPECT_NE(pdf.find(bytes.substr(idat + 4, length)), std::string::npos) << "page " << number;
+
+        // At 4x, a square of 100 x 100 pixels across the edges of a disc.
+        const int x0 = 560, y0 = 1160, side = 100;
+        run("pdftoppm -r 288 -png -f " + number + " -l " + number + " -x " + std::to_string(4 * x0) + " -y " +
+            std::to_string(4 * y0) + " -W " + std::to_string(4 * side) + " -H " + std::to_string(4 * side) + " " +
+            path("note.pdf") + " " + path("zoom"));
+        const std::string zoomed = path("zoom-" + number + ".png");
+        Image image(cairo_image_surface_create_from_png(zoomed.c_str()), &cairo_surface_destroy);
+        ASSERT_EQ(cairo_image_surface_get_width(image.get()), 4 * side) << zoomed;
+        int wrong = 0;
+        for (int y = 0; y < 4 * side; ++y)
+            for (int x = 0; x < 4 * side; ++x)
+                wrong += pixelAt(image.get(), x, y) !=
+                         pixelColour(pages[i][std::size_t(y0 + y / 4) * kPageWidth + x0 + x / 4], false);
+        EXPECT_EQ(wrong, 0) << "page " << number;
+    }
 }
 
-TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
+// Each page's palette has the colours it shows: four take two bits a pixel, five four bits.
+// Whichever it is, every pixel keeps its colour, on paper or without it, at any whole scale.
+TEST_F(PageOutputTest, PngPalettesFitThePageAndKeepEveryColour) {
+    struct Case {
+        const char* name;
+        uint8_t ground;     // what most of the page holds
+        bool whiteInk;      // a patch of white ink on it
+        bool transparent;
+        int scale;
+        int bitDepth;
+    };
+    const std::vector<Case> cases = {
+        {"paper", kNothing, false, false, 1, 2},      {"background", kWhiteInk, false, false, 1, 2},
+        {"white ink on paper", kNothing, true, false, 1, 4}, {"transparent", kNothing, false, true, 2, 2},
+        {"transparent, white ink", kNothing, true, true, 1, 4}, {"background, transparent", kWhiteInk, false, true, 1, 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Picture page = colours();
+        std::replace(page.begin(), page.end(), kWhiteInk, c.ground);  // the white patch of colours() goes first
+        std::replace(page.begin(), page.end(), kNothing, c.ground);
+        if (c.whiteInk) paint(page, 1, 1, 1400, 31, kWhiteInk, whole);  // not a multiple of the 32 pixels packed at once
+        paint(page, 3, 1800, 1403, 1801, 0x31, whole);
+        write(openPng, path("page.png"), {page}, drawing(c.scale, c.transparent, false));
+        const std::string bytes = notetest::readWholeFile(path("page.png"));
+        EXPECT_EQ(bytes[bytes.find("IHDR") + 12], char(c.bitDepth));
+        Image image(cairo_image_surface_create_from_png(path("page.png").c_str()), &cairo_surface_destroy);
+        ASSERT_EQ(cairo_image_surface_get_width(image.get()), kPageWidth * c.scale);
+        int wrong = 0;
+        for (int y = 0; y < kPageHeight * c.scale; ++y)
+            for (int x = 0; x < kPageWidth * c.scale; ++x) {
+                const uint32_t want = pixelColour(page[std::size_t(y / c.scale) * kPageWidth + x / c.scale], c.transparent);
+                wrong += pixelAt(image.get(), x, y) != (want >> 24 ? want : 0u);
+            }
+        EXPECT_EQ(wrong, 0);
+    }
+}
+
+TEST_F(PageOutputTest, SvgIsValidAndRendersLikeThePicture) {
     const Picture page = colours();
     write(openSvg, path("traced.svg"), {page}, drawing(1.0, true, false));
     write(openSvg, path("raster.svg"), {page}, drawing(1.0, true, true));
@@ -193,7 +274,7 @@ TEST_F(VectorOutputTest, SvgIsValidAndRendersLikeThePicture) {
     EXPECT_EQ(compare(path("raster.png"), page, true).exact, 0);
 }
 
-TEST_F(VectorOutputTest, UnfinishedPdfLeavesNoFile) {
+TEST_F(PageOutputTest, UnfinishedPdfLeavesNoFile) {
     const Picture page = colours();
     {
         OutputFile file(path("gone.pdf"));
