@@ -95,7 +95,7 @@ class Note:
 
     def save(self, path: "os.PathLike[str] | str", format: Optional[str] = None, pages: Optional[Sequence[int]] = None,
              *, scale: float = 1.0, background: bool = True, layers: Optional[Sequence[str]] = None,
-             transparent: bool = False, raster: bool = False, dpi: float = 0, strict: bool = False,
+             transparent: bool = False, raster: bool = False, vector: bool = False, dpi: float = 0, strict: bool = False,
              workers: int = 1) -> None:
         """Writes pages as PNG, PDF or SVG, byte for byte as ``notetool render`` does.
 
@@ -103,8 +103,9 @@ class Note:
         missing, or named with a trailing "/") of ``<note>-p<N>.<ext>`` files. ``format``
         is "png", "pdf" or "svg"; without it, the extension of ``path`` decides, else PNG.
         ``pages`` are the index's page numbers (default: all). ``scale``, ``background``,
-        ``layers``, ``transparent``, ``raster``, ``dpi`` (0: the note's own) and ``strict``
-        draw and write the pages as notetool's options of the same names do; ``workers``
+        ``layers``, ``transparent``, ``raster`` (SVG: the picture, not outlines), ``vector``
+        (PDF: outlines, not the picture), ``dpi`` (0: the note's own) and ``strict`` draw and
+        write the pages as notetool's options of the same names do; ``workers``
         threads share the pages.
 
         Files appear only when complete. Raises NoteError when a page cannot be read, after
@@ -112,6 +113,8 @@ class Note:
         nothing at all; OSError when a file cannot be written.
         """
         path = os.fspath(path)
+        if raster and vector:
+            raise ValueError("raster and vector exclude each other")
         if not scale > 0:
             raise ValueError("scale must be greater than 0")
         unknown = [name for name in (layers or ()) if name not in LAYERS]
@@ -130,7 +133,7 @@ class Note:
             folder = path
         os.makedirs(folder or os.path.dirname(file) or ".", exist_ok=True)
         _libnote.save(self.path, chosen, self._numbers[-1], file, folder, name, scale, background,
-                      list(layers or ()), transparent, raster, dpi, strict, workers)
+                      list(layers or ()), transparent, raster, vector, dpi, strict, workers)
 
     def _chosen_pages(self, pages: Optional[Sequence[int]]) -> List[int]:
         if not self._numbers:

@@ -62,6 +62,7 @@ class Note:
         layers: Optional[Sequence[str]] = ...,
         transparent: bool = ...,
         raster: bool = ...,
+        vector: bool = ...,
         dpi: float = ...,
         strict: bool = ...,
         workers: int = ...,

@@ -251,6 +251,7 @@ struct SaveJob {
     std::vector<std::string> layers;
     bool transparent;
     bool raster;
+    bool vector;
     double dpi;
     bool strict;
     int workers;
@@ -267,6 +268,7 @@ void save(const SaveJob& request) {
     options.scale = request.scale;
     options.transparent = request.transparent;
     options.raster = request.raster;
+    options.vector = request.vector;
     options.dpi = request.dpi;
     // The files are notetool's, written by its writers, and say so: the same bytes as the
     // command line's.
@@ -349,13 +351,13 @@ PYBIND11_MODULE(_libnote, m) {
         "save",
         [](std::string note, std::vector<int> pages, int largestPage, std::string file, std::string dir,
            std::string format, double scale, bool background, std::vector<std::string> layers, bool transparent,
-           bool raster, double dpi, bool strict, int workers) {
-            save({note, pages, largestPage, file, dir, format, scale, background, layers, transparent, raster, dpi,
-                  strict, workers});
+           bool raster, bool vector, double dpi, bool strict, int workers) {
+            save({note, pages, largestPage, file, dir, format, scale, background, layers, transparent, raster, vector,
+                  dpi, strict, workers});
         },
         py::arg("note"), py::arg("pages"), py::arg("largest_page"), py::arg("file"), py::arg("dir"), py::arg("format"),
         py::arg("scale"), py::arg("background"), py::arg("layers"), py::arg("transparent"), py::arg("raster"),
-        py::arg("dpi"), py::arg("strict"), py::arg("workers"));
+        py::arg("vector"), py::arg("dpi"), py::arg("strict"), py::arg("workers"));
     m.def("set_log", &setLogPath, py::arg("path"));
 
     py::class_<TrailContainer, Stroke>(m, "Stroke", R"(One pen stroke of a page.

@@ -94,6 +94,7 @@ def test_render_gives_the_pixels_of_notetools_png(tmp_path, notes, scale, backgr
     ("png", [], {}),
     ("pdf", [], {}),
     ("svg", ["--raster"], {"raster": True}),
+    ("pdf", ["--vector", "--pages", "1"], {"vector": True, "pages": [1]}),
     ("png", ["--scale", "0.5", "--layers", "MAINLAYER,BGLAYER", "--pages", "1"],
      {"scale": 0.5, "layers": ["MAINLAYER", "BGLAYER"], "pages": [1]}),
 ])

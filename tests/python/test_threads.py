@@ -51,7 +51,7 @@ def test_the_gil_is_released_while_the_library_works(notes, tmp_path):
 
     def save():
         start = time.monotonic()
-        note.save(tmp_path / "note.pdf")
+        note.save(tmp_path / "note.pdf", vector=True)  # tracing: long enough to watch
         inside.append((start, time.monotonic()))
 
     worker = threading.Thread(target=save)
