@@ -29,6 +29,7 @@ struct PngImage {
     int colourType = PNG_COLOR_TYPE_PALETTE;
     std::vector<png_color> palette;
     std::vector<png_byte> alphas;  // tRNS entries, palette order
+    std::vector<png_text> text;    // tEXt chunks, pointing into the writer's attributes
     std::vector<png_byte> row;
     void (*fillRow)(void* source, int y, png_byte* row) = nullptr;
     void* source = nullptr;
@@ -57,6 +58,8 @@ bool encode(png_structp png, png_infop info, PngImage& image) {
                  image.bitDepth, image.colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     png_set_pHYs(png, info, image.pixelsPerMetre, image.pixelsPerMetre, PNG_RESOLUTION_METER);
+    // Before the image data, where readers that stop at the pixels (thumbnail caches) look.
+    if (!image.text.empty()) png_set_text(png, info, image.text.data(), static_cast<int>(image.text.size()));
     if (image.colourType == PNG_COLOR_TYPE_PALETTE) {
         png_set_PLTE(png, info, image.palette.data(), static_cast<int>(image.palette.size()));
         if (!image.alphas.empty())
@@ -118,10 +121,8 @@ void fillPaletteRow(void* source, int y, png_byte* row) {
         *row++ = static_cast<png_byte>(s.indices[x] << 4 | s.indices[x + 1]);
 }
 
-void writePalettePng(OutputFile& file, const uint8_t* pixels, int scale, bool transparent, png_uint_32 pixelsPerMetre) {
+void writePalettePng(OutputFile& file, const uint8_t* pixels, int scale, bool transparent, PngImage image) {
     PaletteSource source{pixels, scale, {}, std::vector<png_byte>(65536), std::vector<uint8_t>(std::size_t(kPageWidth) * scale)};
-    PngImage image;
-    image.pixelsPerMetre = pixelsPerMetre;
     std::vector<uint32_t> colours;
     for (int value = 0; value < 256; ++value) {
         const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
@@ -175,7 +176,7 @@ void fillGreyRow(void* source, int y, png_byte* row) {
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool transparent, png_uint_32 pixelsPerMetre) {
+void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool transparent, PngImage image) {
     Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
     cairo_surface_flush(page.get());
     unsigned char* data = cairo_image_surface_get_data(page.get());
@@ -202,8 +203,6 @@ void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool 
 
     GreySource source{cairo_image_surface_get_data(scaled.get()), cairo_image_surface_get_stride(scaled.get()), width,
                       transparent};
-    PngImage image;
-    image.pixelsPerMetre = pixelsPerMetre;
     image.width = width;
     image.height = height;
     image.colourType = transparent ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
@@ -218,21 +217,37 @@ public:
     PngWriter(OutputFile& file, const DrawingOptions& options, const DocumentInfo& info)
         : file_(file),
           options_(options),
+          attributes_(info.attributes),
           pixelsPerMetre_(static_cast<png_uint_32>(std::lround(info.dpi * options.scale / 0.0254))) {}
 
     void addPage(const uint8_t* pixels) override {
         const double whole = std::round(options_.scale);
         if (whole >= 1 && std::fabs(options_.scale - whole) < 1e-9)
-            writePalettePng(file_, pixels, static_cast<int>(whole), options_.transparent, pixelsPerMetre_);
+            writePalettePng(file_, pixels, static_cast<int>(whole), options_.transparent, described());
         else
-            writeScaledPng(file_, pixels, options_.scale, options_.transparent, pixelsPerMetre_);
+            writeScaledPng(file_, pixels, options_.scale, options_.transparent, described());
     }
 
     void finish() override {}
 
 private:
+    // An image that says what every page of this writer says: its resolution and attributes.
+    PngImage described() const {
+        PngImage image;
+        image.pixelsPerMetre = pixelsPerMetre_;
+        for (const auto& [key, text] : attributes_) {
+            png_text chunk{};
+            chunk.compression = PNG_TEXT_COMPRESSION_NONE;
+            chunk.key = const_cast<char*>(key.c_str());  // libpng copies both, and writes neither
+            chunk.text = const_cast<char*>(text.c_str());
+            image.text.push_back(chunk);
+        }
+        return image;
+    }
+
     OutputFile& file_;
     DrawingOptions options_;
+    std::vector<std::pair<std::string, std::string>> attributes_;
     png_uint_32 pixelsPerMetre_;
 };
 

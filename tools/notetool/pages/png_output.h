@@ -5,7 +5,8 @@
 // written as a small palette (four bits a pixel, a tRNS entry for transparent paper), which
 // is several times smaller and faster to compress than 32-bit colour. cairo writes only
 // RGB, RGBA and alpha-only PNGs, so the file is written with libpng; cairo does the
-// filtering of scales that are not whole numbers.
+// filtering of scales that are not whole numbers. The DocumentInfo's attributes become tEXt
+// chunks.
 
 #include <memory>
 #include <string>
