@@ -5,6 +5,7 @@
 #include <cairo.h>
 #include <cmath>
 #include <csetjmp>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <png.h>
@@ -148,7 +149,84 @@ void writePalettePng(OutputFile& file, const uint8_t* pixels, int scale, bool tr
     writeImage(file, image);
 }
 
-// ---- Any other scale: filtered by cairo, written as grey (and alpha) ----
+// ---- Any other scale: grey (and alpha) images ----
+
+// The side of a page side's `pixels` scaled, at least one pixel.
+int scaledLength(int pixels, double scale) { return std::max(1, static_cast<int>(std::lround(pixels * scale))); }
+
+// Puts pixel x of a grey row, or of a grey-and-alpha row.
+void putGrey(png_byte* row, int x, unsigned grey, unsigned alpha, bool withAlpha) {
+    if (withAlpha) {
+        row[2 * x] = png_byte(grey);
+        row[2 * x + 1] = png_byte(alpha);
+    } else {
+        row[x] = png_byte(grey);
+    }
+}
+
+void writeGreyPng(OutputFile& file, PngImage& image, int width, int height, bool withAlpha,
+                  void (*fillRow)(void* source, int y, png_byte* row), void* source) {
+    image.width = width;
+    image.height = height;
+    image.colourType = withAlpha ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
+    image.row.resize(std::size_t(width) * (withAlpha ? 2 : 1));
+    image.fillRow = fillRow;
+    image.source = source;
+    writeImage(file, image);
+}
+
+// ---- Reductions: each pixel the mean of the page pixels it covers ----
+
+// The page is read once, a band of rows for each row of the image, and nothing of its size is
+// made: scaling a full-size colour copy costs many times what averaging does, and a reduction
+// (a thumbnail, a preview) is where speed matters most. Blocks have their edges on whole page
+// pixels, so they differ in size by one pixel at most.
+struct ReductionSource {
+    const uint8_t* pixels;
+    int width;
+    int height;
+    bool alpha;
+    std::array<uint32_t, 256> greyTimesAlpha;  // so that a clear pixel adds no colour to the mean
+    std::array<uint32_t, 256> alphaOf;
+    std::vector<int> blockLeft;  // page column where each block starts, and the page width last
+};
+
+void fillReducedRow(void* source, int y, png_byte* row) {
+    const auto& s = *static_cast<const ReductionSource*>(source);
+    const int top = static_cast<int>(int64_t(y) * kPageHeight / s.height);
+    const int bottom = static_cast<int>(int64_t(y + 1) * kPageHeight / s.height);
+    for (int x = 0; x < s.width; ++x) {
+        const int left = s.blockLeft[std::size_t(x)];
+        const int right = s.blockLeft[std::size_t(x) + 1];
+        uint64_t colour = 0;
+        uint64_t alpha = 0;
+        for (int pageY = top; pageY < bottom; ++pageY) {
+            const uint8_t* in = s.pixels + std::size_t(pageY) * kPageWidth;
+            for (int pageX = left; pageX < right; ++pageX) {
+                colour += s.greyTimesAlpha[in[pageX]];
+                alpha += s.alphaOf[in[pageX]];
+            }
+        }
+        const uint64_t count = uint64_t(bottom - top) * uint64_t(right - left);
+        const auto grey = static_cast<unsigned>(alpha == 0 ? 0 : (colour + alpha / 2) / alpha);
+        putGrey(row, x, grey, static_cast<unsigned>((alpha + count / 2) / count), s.alpha);
+    }
+}
+
+void writeReducedPng(OutputFile& file, const uint8_t* pixels, double scale, bool transparent, PngImage image) {
+    ReductionSource source{pixels, scaledLength(kPageWidth, scale), scaledLength(kPageHeight, scale), transparent, {}, {}, {}};
+    for (int value = 0; value < 256; ++value) {
+        const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
+        source.alphaOf[std::size_t(value)] = colour >> 24;
+        // All page colours are grey, so red stands for all.
+        source.greyTimesAlpha[std::size_t(value)] = ((colour >> 16) & 0xFF) * (colour >> 24);
+    }
+    for (int x = 0; x <= source.width; ++x)
+        source.blockLeft.push_back(static_cast<int>(int64_t(x) * kPageWidth / source.width));
+    writeGreyPng(file, image, source.width, source.height, transparent, fillReducedRow, &source);
+}
+
+// ---- Enlargements by other than whole numbers: filtered by cairo ----
 
 struct GreySource {
     const unsigned char* data;
@@ -164,13 +242,7 @@ void fillGreyRow(void* source, int y, png_byte* row) {
         const uint32_t p = in[x];
         const unsigned a = p >> 24;
         // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
-        const unsigned grey = a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a;
-        if (s.alpha) {
-            row[2 * x] = png_byte(grey);
-            row[2 * x + 1] = png_byte(a);
-        } else {
-            row[x] = png_byte(grey);
-        }
+        putGrey(row, x, a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a, a, s.alpha);
     }
 }
 
@@ -188,8 +260,8 @@ void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool 
     }
     cairo_surface_mark_dirty(page.get());
 
-    const int width = std::max(1, static_cast<int>(std::lround(kPageWidth * scale)));
-    const int height = std::max(1, static_cast<int>(std::lround(kPageHeight * scale)));
+    const int width = scaledLength(kPageWidth, scale);
+    const int height = scaledLength(kPageHeight, scale);
     Surface scaled(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), cairo_surface_destroy);
     cairo_t* cr = cairo_create(scaled.get());
     cairo_scale(cr, double(width) / kPageWidth, double(height) / kPageHeight);
@@ -203,13 +275,7 @@ void writeScaledPng(OutputFile& file, const uint8_t* pixels, double scale, bool 
 
     GreySource source{cairo_image_surface_get_data(scaled.get()), cairo_image_surface_get_stride(scaled.get()), width,
                       transparent};
-    image.width = width;
-    image.height = height;
-    image.colourType = transparent ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
-    image.row.resize(std::size_t(width) * (transparent ? 2 : 1));
-    image.fillRow = fillGreyRow;
-    image.source = &source;
-    writeImage(file, image);
+    writeGreyPng(file, image, width, height, transparent, fillGreyRow, &source);
 }
 
 class PngWriter : public PageWriter {
@@ -224,6 +290,8 @@ public:
         const double whole = std::round(options_.scale);
         if (whole >= 1 && std::fabs(options_.scale - whole) < 1e-9)
             writePalettePng(file_, pixels, static_cast<int>(whole), options_.transparent, described());
+        else if (options_.scale < 1)
+            writeReducedPng(file_, pixels, options_.scale, options_.transparent, described());
         else
             writeScaledPng(file_, pixels, options_.scale, options_.transparent, described());
     }

@@ -4,9 +4,9 @@
 // PNG output of a composited page (palette.h). A page holds at most five greys, so it is
 // written as a small palette (four bits a pixel, a tRNS entry for transparent paper), which
 // is several times smaller and faster to compress than 32-bit colour. cairo writes only
-// RGB, RGBA and alpha-only PNGs, so the file is written with libpng; cairo does the
-// filtering of scales that are not whole numbers. The DocumentInfo's attributes become tEXt
-// chunks.
+// RGB, RGBA and alpha-only PNGs, so the file is written with libpng. A reduction averages
+// the page pixels each image pixel covers; cairo filters enlargements by other than whole
+// numbers. The DocumentInfo's attributes become tEXt chunks.
 
 #include <memory>
 #include <string>
