@@ -29,8 +29,8 @@ std::string shortNumber(double value) {
     return text;
 }
 
-// The whole text a number from min to max (a whole number when `whole`); "nan", "inf",
-// "2x" and the like are refused, with a message that says what is wanted.
+}  // namespace
+
 CLI::Validator numberFrom(double min, double max, bool whole) {
     const std::string wanted = std::string(whole ? "a whole number" : "a number") + " from " + shortNumber(min) + " to " +
                                shortNumber(max);
@@ -45,8 +45,6 @@ CLI::Validator numberFrom(double min, double max, bool whole) {
         },
         shortNumber(min) + " to " + shortNumber(max));
 }
-
-}  // namespace
 
 std::string nameList(const std::vector<std::string>& names) {
     std::string list;

@@ -151,11 +151,13 @@ int main(int argc, char** argv) {
     RenderArgs render;
     StrokesArgs strokes;
     ConvertArgs convert;
+    ThumbnailArgs thumbnail;
     const std::vector<Command> commands = {
         {addInfoOptions(app, info), [&] { return runInfo(info); }},
         {addRenderOptions(app, render), [&] { return runRender(render); }},
         {addStrokesOptions(app, strokes), [&] { return runStrokes(strokes); }},
         {addConvertOptions(app, convert), [&] { return runConvert(convert); }},
+        {addThumbnailOptions(app, thumbnail), [&] { return runThumbnail(thumbnail); }},
     };
 
     try {
