@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "completion.h"
 #include "console.h"
 #include "interrupts.h"
 #include "status.h"
@@ -142,9 +143,15 @@ int main(int argc, char** argv) {
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
     std::string logPath;
+    offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)"));
+    // The build writes these from the parser, so that they never drift from it: the manual
+    // page and the shell completion.
     bool man = false;
-    app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)");
+    std::string completionShell;
     app.add_flag("--man", man, "Print the manual page")->group("");
+    app.add_option("--completion", completionShell, "Print the completion script for this shell")
+        ->check(CLI::IsMember({"bash"}))
+        ->group("");
 
     // Each command's options and the work that runs on them.
     InfoArgs info;
@@ -169,7 +176,8 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
-    if (!man && chosen == commands.end()) {
+    const bool document = man || !completionShell.empty();
+    if (!document && chosen == commands.end()) {
         std::vector<std::string> names;
         for (const Command& command : commands) names.push_back(command.app->get_name());
         std::fprintf(stderr, "notetool: a command is required: %s\nRun with --help for more information.\n",
@@ -181,6 +189,8 @@ int main(int argc, char** argv) {
     try {
         if (man) {
             printOut(manPage(app));
+        } else if (!completionShell.empty()) {
+            printOut(bashCompletion(app));
         } else {
             redirectLibraryLog(logPath);
             code = chosen->run();

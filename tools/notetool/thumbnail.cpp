@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "commands.h"
+#include "completion.h"
 #include "console.h"
 #include "output_file.h"
 #include "palette.h"
@@ -68,7 +69,7 @@ CLI::App* addThumbnailOptions(CLI::App& app, ThumbnailArgs& args) {
         "thumbnails up to date. A note that cannot be read writes no file and exits with 1, and the file manager "
         "shows its generic icon. The installed share/thumbnailers/notetool.thumbnailer runs this command.");
     addPathOption(*command, "INPUT", args.note, "The note file")->required();
-    addPathOption(*command, "OUTPUT", args.out, "The PNG file, or - for standard output")->required();
+    offerFiles(addPathOption(*command, "OUTPUT", args.out, "The PNG file, or - for standard output")->required());
     command->add_option("-s,--size", args.size, "Fit the page inside SIZE x SIZE pixels (default 256)")
         ->check(numberFrom(kMinThumbnailSize, kMaxThumbnailSize, true));
     return command;
