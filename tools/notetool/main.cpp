@@ -17,6 +17,7 @@
 #include "completion.h"
 #include "console.h"
 #include "interrupts.h"
+#include "mime_info.h"
 #include "status.h"
 
 namespace {
@@ -144,14 +145,16 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
     std::string logPath;
     offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)"));
-    // The build writes these from the parser, so that they never drift from it: the manual
-    // page and the shell completion.
+    // The build writes these from the parser and the library, so that they never drift from
+    // them: the manual page, the shell completion, and the file type of notes.
     bool man = false;
     std::string completionShell;
+    bool mime = false;
     app.add_flag("--man", man, "Print the manual page")->group("");
     app.add_option("--completion", completionShell, "Print the completion script for this shell")
         ->check(CLI::IsMember({"bash"}))
         ->group("");
+    app.add_flag("--mime-info", mime, "Print the shared-mime-info description of note files")->group("");
 
     // Each command's options and the work that runs on them.
     InfoArgs info;
@@ -176,7 +179,7 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
-    const bool document = man || !completionShell.empty();
+    const bool document = man || !completionShell.empty() || mime;
     if (!document && chosen == commands.end()) {
         std::vector<std::string> names;
         for (const Command& command : commands) names.push_back(command.app->get_name());
@@ -191,6 +194,8 @@ int main(int argc, char** argv) {
             printOut(manPage(app));
         } else if (!completionShell.empty()) {
             printOut(bashCompletion(app));
+        } else if (mime) {
+            printOut(mimeInfo());
         } else {
             redirectLibraryLog(logPath);
             code = chosen->run();
