@@ -1,0 +1,210 @@
+"""The package end to end on writer-made notes: every answer equal to the C++ API's or to
+notetool's, and every failure an exception."""
+
+import json
+import os
+import subprocess
+import sys
+import textwrap
+
+import numpy
+import pytest
+from PIL import Image
+
+import libnote
+from conftest import files_in, reference_pixels, reference_strokes, run_notetool
+
+
+def notetool_info(note):
+    run = run_notetool("info", note, "--json")
+    assert run.returncode == 0, run.stderr
+    return json.loads(run.stdout)["notes"][0]
+
+
+def test_note_and_pages_as_notetool_lists_them(notes):
+    for path in notes:
+        info = notetool_info(path)
+        note = libnote.open(path)
+        assert note.page_count == len(note) == info["pageCount"]
+        assert [page.number for page in note] == [page["number"] for page in info["pages"]]
+        # notetool lists layers top first; the package in drawing order, bottom first.
+        assert [page.layers for page in note.pages] == [page["layers"][::-1] for page in info["pages"]]
+        expected = info["header"] and {key: str(value) for key, value in info["header"].items()}
+        assert note.header == expected
+
+
+def test_layers_and_colours_equal_the_cpp_calls(made, notes):
+    for path in notes:
+        for page in libnote.open(path):
+            present = {p.name.split(".")[-2] for p in (made / "reference").glob(f"{path.stem}.p{page.number}.*.pixels")}
+            assert set(page.layers) <= present
+            for layer in libnote.LAYERS:
+                if layer not in present:
+                    with pytest.raises(KeyError):
+                        page.layer(layer)
+                    continue
+                pixels = page.layer(layer)
+                assert pixels.dtype == numpy.uint8 and pixels.shape == (1872, 1404)
+                numpy.testing.assert_array_equal(pixels, reference_pixels(made, path, page.number, layer, "pixels"))
+                colours = page.colours(layer)
+                assert colours.dtype == numpy.uint32 and colours.shape == (1872, 1404)
+                numpy.testing.assert_array_equal(colours, reference_pixels(made, path, page.number, layer, "colours"))
+
+
+def test_strokes_equal_the_cpp_calls(made, notes):
+    compared = 0
+    for path in notes:
+        for page in libnote.open(path):
+            expected = reference_strokes(made, path, page.number)
+            strokes = page.strokes
+            assert len(strokes) == len(expected)
+            for stroke, want in zip(strokes, expected):
+                assert stroke.points.dtype == numpy.int32 and stroke.pressures.dtype == numpy.uint16
+                assert stroke.points.reshape(-1, 2).tolist() == want["points"]
+                assert stroke.pressures.tolist() == want["pressures"]
+                assert (stroke.max_x, stroke.max_y, stroke.axis) == (want["max_x"], want["max_y"], want["axis"])
+                for size, mapped in want["mapped"].items():
+                    width, height = map(int, size.split("x"))
+                    assert stroke.to_image(width, height).reshape(-1, 2).tolist() == mapped
+                compared += 1
+    assert compared >= 5
+
+
+@pytest.mark.parametrize("scale, background, transparent, options", [
+    (1, True, False, []),
+    (2, True, False, ["--scale", "2"]),
+    (1, False, True, ["--no-background", "--transparent"]),
+])
+def test_render_gives_the_pixels_of_notetools_png(tmp_path, notes, scale, background, transparent, options):
+    for path in notes:
+        note = libnote.open(path)
+        out = tmp_path / path.stem
+        run = run_notetool("render", path, "-o", f"{out}/", "--format", "png", *options)
+        assert run.returncode == 0, run.stderr
+        for page in note:
+            png = sorted(out.glob(f"*-p{page.number}.png"))
+            assert len(png) == 1
+            expected = numpy.asarray(Image.open(png[0]).convert("RGBA"))
+            rgba = page.render(scale=scale, background=background, transparent=transparent)
+            assert rgba.shape == (1872 * scale, 1404 * scale, 4)
+            numpy.testing.assert_array_equal(rgba, expected)
+
+
+@pytest.mark.parametrize("format, options, kwargs", [
+    ("png", [], {}),
+    ("pdf", [], {}),
+    ("svg", ["--raster"], {"raster": True}),
+    ("png", ["--scale", "0.5", "--layers", "MAINLAYER,BGLAYER", "--pages", "1"],
+     {"scale": 0.5, "layers": ["MAINLAYER", "BGLAYER"], "pages": [1]}),
+])
+def test_save_writes_the_bytes_of_notetool(tmp_path, notes, format, options, kwargs):
+    for path in notes:
+        if "pages" in kwargs and kwargs["pages"][0] not in [p.number for p in libnote.open(path)]:
+            continue
+        by_tool, by_python = tmp_path / "tool" / path.stem, tmp_path / "python" / path.stem
+        run = run_notetool("render", path, "-o", f"{by_tool}/", "--format", format, *options)
+        assert run.returncode == 0, run.stderr
+        libnote.open(path).save(f"{by_python}/", format=format, **kwargs)
+        written = files_in(by_python)
+        assert written and written == files_in(by_tool)
+
+
+def test_save_names_a_single_file_by_the_path(tmp_path, notes):
+    note = libnote.open(notes[0])
+    note.save(tmp_path / "all.PDF")
+    note.save(tmp_path / "one.png", pages=[note.pages[0].number])
+    assert sorted(os.listdir(tmp_path)) == ["all.PDF", "one.png"]
+    assert (tmp_path / "all.PDF").read_bytes().startswith(b"%PDF")
+
+
+def test_missing_and_unreadable_files_raise_oserrors(tmp_path):
+    with pytest.raises(FileNotFoundError):
+        libnote.open(tmp_path / "missing.note")
+    with pytest.raises(IsADirectoryError):
+        libnote.open(tmp_path)
+
+
+@pytest.mark.parametrize("content", [b"", b"not a note at all", b"NOTEKW_FILE_VER_20220013" + b"\0" * 40 + b"tail\xff\0\0\0"])
+def test_what_is_no_note_raises_note_error_with_code_and_reason(tmp_path, content):
+    path = tmp_path / "bad.note"
+    path.write_bytes(content)
+    with pytest.raises(libnote.NoteError) as raised:
+        libnote.open(path)
+    error = raised.value
+    assert isinstance(error.code, int) and error.code != 0
+    assert error.reason and error.reason in str(error)
+    assert str(path) in str(error)
+
+
+def test_wrong_requests_raise(tmp_path, notes):
+    note = libnote.open(notes[0])
+    page = note.pages[-1]  # the page without layers or strokes
+    assert page.layers == [] and page.strokes == []
+    with pytest.raises(ValueError):
+        page.layer("mainlayer")
+    with pytest.raises(KeyError):
+        page.layer("MAINLAYER")
+    with pytest.raises(KeyError):
+        page.colours("LAYER3")
+    with pytest.raises(ValueError):
+        page.render(scale=1.5)
+    with pytest.raises(ValueError):
+        note.save(tmp_path / "x.png", format="gif")
+    with pytest.raises(ValueError):
+        note.save(tmp_path / "x/", pages=[99])
+    with pytest.raises(ValueError):
+        note.save(tmp_path / "x/", layers=["TOPLAYER"])
+    with pytest.raises(ValueError):
+        note.pages[0].strokes[0].to_image(0, 10)
+    blocker = tmp_path / "file"
+    blocker.write_text("")
+    with pytest.raises(OSError):
+        note.save(blocker / "x.pdf")
+
+
+def test_a_page_that_fails_while_saving_raises_after_the_rest_or_nothing_when_strict(tmp_path, made):
+    attacks = dict(line.split("\t")[::-2] for line in (made / "hostile" / "catalogue.tsv").read_text().splitlines())
+    note = libnote.open(made / "hostile" / (attacks["bitmap length 0xFFFFFFFF"] + ".note"))
+    with pytest.raises(libnote.NoteError) as raised:
+        note.save(tmp_path / "strict.pdf", strict=True)
+    assert raised.value.code == 27 and "MAINLAYER" in str(raised.value)
+    assert list(tmp_path.iterdir()) == []
+    with pytest.raises(libnote.NoteError):
+        note.save(tmp_path / "blank.pdf")
+    run = run_notetool("render", note.path, "-o", tmp_path / "tool.pdf")
+    assert run.returncode == 1
+    assert (tmp_path / "blank.pdf").read_bytes() == (tmp_path / "tool.pdf").read_bytes()
+
+
+LOG_SCRIPT = textwrap.dedent("""
+    import ctypes, os, subprocess, sys
+    import libnote
+    if len(sys.argv) > 2:
+        libnote.set_log(sys.argv[2])
+    note = libnote.open(sys.argv[1])
+    note.pages[0].layer(note.pages[0].layers[0])
+    note.pages[0].strokes
+    note.save("pages/", workers=2)  # on threads that Python does not know
+    print("python's own output", flush=True)
+    libc = ctypes.CDLL(None)
+    libc.puts(b"C's own output")
+    libc.fflush(None)
+    subprocess.run(["echo", "a subprocess's output"], check=True)
+""")
+
+
+def test_the_library_log_stays_off_standard_output_unless_asked_for(tmp_path, notes):
+    expected = "python's own output\nC's own output\na subprocess's output\n"
+    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0])], capture_output=True, text=True,
+                         cwd=tmp_path)
+    assert run.returncode == 0, run.stderr
+    assert run.stdout == expected
+
+    log = tmp_path / "libnote.log"
+    run = subprocess.run([sys.executable, "-c", LOG_SCRIPT, str(notes[0]), str(log)], capture_output=True, text=True,
+                         cwd=tmp_path)
+    assert run.returncode == 0, run.stderr
+    assert run.stdout == expected
+    assert "fetchNoteDataFromFileByLayer" in log.read_text()
+    with pytest.raises(OSError):
+        libnote.set_log(tmp_path / "missing" / "libnote.log")
