@@ -40,6 +40,11 @@ DrawingOptions drawingOptions(const DrawingArgs& args);
 // "png, pdf or svg": names as help texts and messages list them.
 std::string nameList(const std::vector<std::string>& names);
 
+// Checks that an option's value is the whole text of a number from min to max (a whole
+// number when `whole`): "nan", "inf", "2x" and the like are refused, with a message that
+// says what is wanted.
+CLI::Validator numberFrom(double min, double max, bool whole);
+
 // Declares an option that takes a path, which may not be empty.
 CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::string& path, const std::string& help);
 // Whether the output path names a folder: one that exists, or a name that ends in "/".
@@ -106,6 +111,14 @@ struct ConvertArgs {
 };
 CLI::App* addConvertOptions(CLI::App& app, ConvertArgs& args);
 int runConvert(const ConvertArgs& args);
+
+struct ThumbnailArgs {
+    std::string note;
+    std::string out;
+    int size = 256;  // the page is fitted inside size x size pixels
+};
+CLI::App* addThumbnailOptions(CLI::App& app, ThumbnailArgs& args);
+int runThumbnail(const ThumbnailArgs& args);
 
 }  // namespace notetool
 

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "commands.h"
+#include "completion.h"
 #include "config.h"
 #include "console.h"
 
@@ -29,8 +30,16 @@ std::string shortNumber(double value) {
     return text;
 }
 
-// The whole text a number from min to max (a whole number when `whole`); "nan", "inf",
-// "2x" and the like are refused, with a message that says what is wanted.
+// The layer names, top first, as help texts and messages list them.
+std::string layerNames() {
+    const std::vector<std::string> topFirst(kDefaultLayerOrder.rbegin(), kDefaultLayerOrder.rend());
+    std::string list;
+    for (const std::string& name : topFirst) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+}  // namespace
+
 CLI::Validator numberFrom(double min, double max, bool whole) {
     const std::string wanted = std::string(whole ? "a whole number" : "a number") + " from " + shortNumber(min) + " to " +
                                shortNumber(max);
@@ -46,8 +55,6 @@ CLI::Validator numberFrom(double min, double max, bool whole) {
         shortNumber(min) + " to " + shortNumber(max));
 }
 
-}  // namespace
-
 std::string nameList(const std::vector<std::string>& names) {
     std::string list;
     for (std::size_t i = 0; i < names.size(); ++i) list += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
@@ -55,8 +62,10 @@ std::string nameList(const std::vector<std::string>& names) {
 }
 
 CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::string& path, const std::string& help) {
-    return command.add_option(name, path, help)->check(CLI::Validator(
+    CLI::Option* option = command.add_option(name, path, help)->check(CLI::Validator(
         [](std::string& text) { return text.empty() ? std::string("the path is empty") : std::string(); }, "PATH"));
+    // An option's path is any file; a positional one is a note, which the shell offers unasked.
+    return option->get_positional() ? option : offerFiles(option);
 }
 
 bool isFolderPath(const std::string& path) {
@@ -65,13 +74,14 @@ bool isFolderPath(const std::string& path) {
 }
 
 void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& formatHelp) {
-    command.add_option("--format", args.format, formatHelp);
+    offerWords(command.add_option("--format", args.format, formatHelp), formatNames());
     command.add_option("-j,--jobs", args.workers, "Number of workers (default: one per core)")
         ->check(numberFrom(1, kMaxWorkers, true));
-    command.add_option_function<std::string>(
-        "--layers", [&args](const std::string& list) { args.layers = list; },
-        "Draw only these layers, one comma-separated value (MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER), "
-        "still in the page's own order");
+    offerWordList(command.add_option_function<std::string>(
+                      "--layers", [&args](const std::string& list) { args.layers = list; },
+                      "Draw only these layers, one comma-separated value (" + layerNames() +
+                          "), still in the page's own order"),
+                  kDefaultLayerOrder);
     command.add_flag("--no-background", args.noBackground, "Leave out the background layer (BGLAYER)");
     command.add_option("--scale", args.scale, "Scale the page by this factor (default 1: 1404 x 1872 pixels)")
         ->check(numberFrom(kMinScale, kMaxScale, false));
@@ -104,7 +114,7 @@ DrawingOptions drawingOptions(const DrawingArgs& args) {
     if (args.layers->empty()) throw UsageError("--layers: the list is empty");
     for (const std::string& name : split(*args.layers, ",")) {
         if (std::find(kDefaultLayerOrder.begin(), kDefaultLayerOrder.end(), name) == kDefaultLayerOrder.end())
-            throw UsageError("--layers: unknown layer " + name + " (known: MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER)");
+            throw UsageError("--layers: unknown layer " + name + " (known: " + layerNames() + ")");
         options.layers.only.insert(name);
     }
     return options;

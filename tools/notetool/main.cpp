@@ -16,8 +16,10 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "completion.h"
 #include "console.h"
 #include "interrupts.h"
+#include "mime_info.h"
 #include "status.h"
 
 namespace {
@@ -153,20 +155,30 @@ int main(int argc, char** argv) {
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
     std::string logPath;
+    offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)"));
+    // The build writes these from the parser and the library, so that they never drift from
+    // them: the manual page, the shell completion, and the file type of notes.
     bool man = false;
-    app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)");
+    std::string completionShell;
+    bool mime = false;
     app.add_flag("--man", man, "Print the manual page")->group("");
+    app.add_option("--completion", completionShell, "Print the completion script for this shell")
+        ->check(CLI::IsMember({"bash"}))
+        ->group("");
+    app.add_flag("--mime-info", mime, "Print the shared-mime-info description of note files")->group("");
 
     // Each command's options and the work that runs on them.
     InfoArgs info;
     RenderArgs render;
     StrokesArgs strokes;
     ConvertArgs convert;
+    ThumbnailArgs thumbnail;
     const std::vector<Command> commands = {
         {addInfoOptions(app, info), [&] { return runInfo(info); }},
         {addRenderOptions(app, render), [&] { return runRender(render); }},
         {addStrokesOptions(app, strokes), [&] { return runStrokes(strokes); }},
         {addConvertOptions(app, convert), [&] { return runConvert(convert); }},
+        {addThumbnailOptions(app, thumbnail), [&] { return runThumbnail(thumbnail); }},
     };
 
     try {
@@ -178,7 +190,8 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     const auto chosen = std::find_if(commands.begin(), commands.end(), [](const Command& c) { return c.app->parsed(); });
-    if (!man && chosen == commands.end()) {
+    const bool document = man || !completionShell.empty() || mime;
+    if (!document && chosen == commands.end()) {
         std::vector<std::string> names;
         for (const Command& command : commands) names.push_back(command.app->get_name());
         std::fprintf(stderr, "notetool: a command is required: %s\nRun with --help for more information.\n",
@@ -190,6 +203,10 @@ int main(int argc, char** argv) {
     try {
         if (man) {
             printOut(manPage(app));
+        } else if (!completionShell.empty()) {
+            printOut(bashCompletion(app));
+        } else if (mime) {
+            printOut(mimeInfo());
         } else {
             redirectLibraryLog(logPath);
             code = chosen->run();

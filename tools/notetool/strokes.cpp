@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "commands.h"
+#include "completion.h"
 #include "config.h"
 #include "console.h"
 #include "kwdataload.h"
@@ -100,9 +101,10 @@ CLI::App* addStrokesOptions(CLI::App& app, StrokesArgs& args) {
     addPathOption(*command, "FILE", args.note, "The note file")->required();
     command->add_option("--page", args.page, "The page, by the index's number")->required();
     command->add_option("--size", args.size, "Image size WIDTHxHEIGHT (default 1404x1872)");
-    command->add_option("--format", args.format,
-                        nameList(strokeFormatNames()) + " (default: by the extension of the output, else " +
-                            kStrokeFormats.front().name + ")");
+    offerWords(command->add_option("--format", args.format,
+                                   nameList(strokeFormatNames()) + " (default: by the extension of the output, else " +
+                                       kStrokeFormats.front().name + ")"),
+               strokeFormatNames());
     addPathOption(*command, "-o,--output", args.out, "Write to this file (default -: standard output)");
     return command;
 }

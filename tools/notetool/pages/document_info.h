@@ -6,6 +6,8 @@
 // page has the same physical size in every format.
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace notetool {
 
@@ -21,6 +23,10 @@ struct DocumentInfo {
     std::string creator;  // the program that wrote the file, "notetool 1.0"
     std::string created;  // ISO 8601 in UTC, or empty: no date, so that the bytes stay the same
     double dpi = kDefaultDpi;  // page pixels per inch on paper, before the scale
+    // Keys and texts written as they are by the formats that carry such pairs (a PNG's tEXt
+    // chunks): a thumbnail's "Thumb::URI" and the like, by which a thumbnail cache knows
+    // whether the picture still shows its file.
+    std::vector<std::pair<std::string, std::string>> attributes;
 };
 
 // The resolution of a note's pages: `requested` when it is not 0 (--dpi), else the header's

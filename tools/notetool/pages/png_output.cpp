@@ -3,6 +3,7 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <array>
 #include <cairo.h>
 #include <cmath>
 #include <cstring>
@@ -45,7 +46,8 @@ struct ImageHeader {
 // The whole file around image data compressed as palette_picture.h lays it out. The data is
 // written as it comes, whatever its compressor: libpng compresses only what it filters
 // itself, and a page is compressed once for PNG and PDF alike.
-std::string pngFile(const ImageHeader& header, const Palette* palette, const std::string& imageData) {
+std::string pngFile(const ImageHeader& header, const Palette* palette, const DocumentInfo& info,
+                    const std::string& imageData) {
     std::string out(kSignature, sizeof kSignature - 1);
     std::string ihdr;
     appendBigEndian(ihdr, static_cast<uint32_t>(header.width));
@@ -57,6 +59,8 @@ std::string pngFile(const ImageHeader& header, const Palette* palette, const std
     appendBigEndian(phys, header.pixelsPerMetre);
     phys += '\1';  // per metre
     appendChunk(out, "pHYs", phys);
+    // Before the image data, where readers that stop at the pixels (thumbnail caches) look.
+    for (const auto& [key, text] : info.attributes) appendChunk(out, "tEXt", key + '\0' + text);
     if (palette) {
         std::string plte, trns;
         for (uint32_t colour : palette->colours) {
@@ -73,7 +77,60 @@ std::string pngFile(const ImageHeader& header, const Palette* palette, const std
     return out;
 }
 
-// ---- Any scale that is not a whole number: filtered by cairo, written as grey (and alpha) ----
+// The side of a page `pixels` long, scaled, at least one pixel.
+int scaledLength(int pixels, double scale) { return std::max(1, static_cast<int>(std::lround(pixels * scale))); }
+
+// Appends a grey pixel, with its alpha when the rows have one.
+void putGrey(std::string& rows, unsigned grey, unsigned alpha, bool withAlpha) {
+    rows += static_cast<char>(grey);
+    if (withAlpha) rows += static_cast<char>(alpha);
+}
+
+// ---- Reductions: each pixel the mean of the page pixels it covers ----
+
+// The page is read once, a band of rows for each row of the image, and nothing of its size is
+// made: scaling a full-size colour copy costs many times what averaging does, and a reduction
+// (a thumbnail, a preview) is where speed matters most. Blocks have their edges on whole page
+// pixels, so they differ in size by one pixel at most.
+std::string reducedRows(const uint8_t* pixels, int width, int height, bool transparent) {
+    std::array<uint32_t, 256> greyTimesAlpha{};  // so that a clear pixel adds no colour to the mean
+    std::array<uint32_t, 256> alphaOf{};
+    for (int value = 0; value < 256; ++value) {
+        const uint32_t colour = pixelColour(static_cast<uint8_t>(value), transparent);
+        alphaOf[std::size_t(value)] = colour >> 24;
+        // All page colours are grey, so red stands for all.
+        greyTimesAlpha[std::size_t(value)] = ((colour >> 16) & 0xFF) * (colour >> 24);
+    }
+    std::vector<int> blockLeft;  // page column where each block starts, and the page width last
+    for (int x = 0; x <= width; ++x) blockLeft.push_back(static_cast<int>(int64_t(x) * kPageWidth / width));
+
+    std::string rows;
+    rows.reserve(std::size_t(height) * (1 + std::size_t(width) * (transparent ? 2 : 1)));
+    for (int y = 0; y < height; ++y) {
+        const int top = static_cast<int>(int64_t(y) * kPageHeight / height);
+        const int bottom = static_cast<int>(int64_t(y + 1) * kPageHeight / height);
+        rows += '\0';
+        for (int x = 0; x < width; ++x) {
+            const int left = blockLeft[std::size_t(x)];
+            const int right = blockLeft[std::size_t(x) + 1];
+            uint64_t colour = 0;
+            uint64_t alpha = 0;
+            for (int pageY = top; pageY < bottom; ++pageY) {
+                const uint8_t* in = pixels + std::size_t(pageY) * kPageWidth;
+                for (int pageX = left; pageX < right; ++pageX) {
+                    colour += greyTimesAlpha[in[pageX]];
+                    alpha += alphaOf[in[pageX]];
+                }
+            }
+            const uint64_t count = uint64_t(bottom - top) * uint64_t(right - left);
+            const auto grey = static_cast<unsigned>(alpha == 0 ? 0 : (colour + alpha / 2) / alpha);
+            putGrey(rows, grey, static_cast<unsigned>((alpha + count / 2) / count), transparent);
+        }
+    }
+    return rows;
+}
+
+// ---- Enlargements by other than whole numbers: filtered by cairo ----
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
@@ -117,8 +174,7 @@ std::string greyRows(cairo_surface_t* image, bool alpha) {
             const uint32_t p = in[x];
             const unsigned a = p >> 24;
             // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
-            rows += static_cast<char>(a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a);
-            if (alpha) rows += static_cast<char>(a);
+            putGrey(rows, a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a, a, alpha);
         }
     }
     return rows;
@@ -149,13 +205,14 @@ std::string encodePng(const uint8_t* pixels, const DrawingOptions& options, cons
         const Palette palette = pagePalette(pixels, options.transparent);
         const PalettePicture picture = compressPicture(pixels, static_cast<int>(whole), palette);
         return pngFile({picture.width, picture.height, static_cast<uint8_t>(palette.bitDepth), kPaletteColour, pixelsPerMetre},
-                       &palette, picture.data);
+                       &palette, info, picture.data);
     }
-    const int width = std::max(1, static_cast<int>(std::lround(kPageWidth * options.scale)));
-    const int height = std::max(1, static_cast<int>(std::lround(kPageHeight * options.scale)));
-    const Surface scaled = scaledPage(pixels, width, height, options.transparent);
-    const std::string rows = greyRows(scaled.get(), options.transparent);
-    return pngFile({width, height, 8, options.transparent ? kGreyAlpha : kGrey, pixelsPerMetre}, nullptr,
+    const int width = scaledLength(kPageWidth, options.scale);
+    const int height = scaledLength(kPageHeight, options.scale);
+    const std::string rows = options.scale < 1 ? reducedRows(pixels, width, height, options.transparent)
+                                               : greyRows(scaledPage(pixels, width, height, options.transparent).get(),
+                                                          options.transparent);
+    return pngFile({width, height, 8, options.transparent ? kGreyAlpha : kGrey, pixelsPerMetre}, nullptr, info,
                    compressZlib(rows.data(), rows.size()));
 }
 

@@ -4,7 +4,8 @@
 // PNG output of a composited page (palette.h). A page holds at most five colours, so it is
 // written as a small palette (palette_picture.h: two bits a pixel, four with a tRNS entry for
 // transparent paper), which is many times smaller and faster to compress than 32-bit colour.
-// Scales that are not whole numbers are filtered by cairo and written as grey.
+// Other scales are grey (and alpha): a reduction averages the page pixels each image pixel
+// covers, cairo filters enlargements. The DocumentInfo's attributes become tEXt chunks.
 
 #include <cstdint>
 #include <memory>

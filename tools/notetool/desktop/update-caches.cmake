@@ -1,0 +1,25 @@
+# Run by the install: the desktop reads the caches of the file types and of the types each
+# application opens, not the files installed beside them, so the caches are renewed with
+# their tools when these are on the PATH. A staged install (DESTDIR, as packages are built)
+# leaves that to the package's own triggers, and a tool that is missing or fails never fails
+# the install: the files are in place either way, for the next renewal to take in.
+if(NOT "$ENV{DESTDIR}" STREQUAL "")
+    message(STATUS "Staged install: the desktop's caches are left to the package")
+    return()
+endif()
+foreach(tool_and_folder IN ITEMS "update-mime-database;mime" "update-desktop-database;applications")
+    list(GET tool_and_folder 0 tool)
+    list(GET tool_and_folder 1 folder)
+    set(dir "${CMAKE_INSTALL_PREFIX}/${NOTETOOL_DATADIR}/${folder}")
+    find_program(tool_path NAMES ${tool} NO_CACHE NO_DEFAULT_PATH PATHS ENV PATH)
+    if(NOT tool_path)
+        message(STATUS "${tool} is not installed: ${dir} is not cached")
+        continue()
+    endif()
+    execute_process(COMMAND ${tool_path} "${dir}" RESULT_VARIABLE result OUTPUT_QUIET)
+    if(result EQUAL 0)
+        message(STATUS "Updated the cache of ${dir}")
+    else()
+        message(WARNING "${tool} ${dir} failed (${result}); the installed files are in place all the same")
+    endif()
+endforeach()
