@@ -348,6 +348,13 @@ uint64_t sumRuns(const CodeTable& codes, const unsigned char* pairs, uint32_t to
 // value. What that puts past a short run's end belongs to skipped pixels or to later runs,
 // so the 16 bytes behind each run, read before the group wrote anything, are put back right
 // after it: every byte before a run's end is then final, every byte from there on as it was.
+//
+// Its loops are short and run millions of times a page: where they fall against the
+// processor's fetch blocks decided up to 40 % of the decoder's time, moving with any change
+// elsewhere in the library. Starting the function on a cache line keeps their place fixed.
+#if defined(__GNUC__)
+__attribute__((aligned(64)))
+#endif
 void decodeGroups(char* dest, const unsigned char* src, unsigned long srcLen, unsigned long& i, unsigned long& total) {
     static const CodeTable codes;
     uint32_t starts[kPairsAtOnce + 1];
