@@ -105,6 +105,7 @@ TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
                               {"FIVESTAR", ten + ",-11 x"}}, "", 20).first, 0);
     ASSERT_EQ(std::make_pair(page.layerSeq, page.fiveStars.size()), std::make_pair(std::string("A"), 1ul));
     EXPECT_EQ(page.fiveStars[0].values[10], -11);
+    EXPECT_THROW(fillPage(page, {{"FIVESTAR", "1,2,3,4,5,x,7,8,9,10,11"}}, "", 20), std::invalid_argument);
     EXPECT_EQ(fillPage(page, {{"TOTALPATH", "40"}}, "/nonexistent", 9), Logged(1, "open file failed-----errno:" + kNoFile));
 
     // Records decode in order and replace earlier strokes.

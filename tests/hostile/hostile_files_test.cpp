@@ -13,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include "kwdatafile.h"
 #include "kwdataoperationfile.h"
 #include "hostile_notes.h"
 #include "notefiles.h"
@@ -27,7 +26,6 @@ namespace {
 
 using notetest::captureStdout;
 using notewriter::kPictureSize;
-using notewriter::NoteFile;
 
 constexpr std::size_t kGuard = 4096;  // bytes behind the picture that no call may touch
 constexpr char kGuardByte = 0x5A;
@@ -101,19 +99,6 @@ TEST_F(HostileFiles, EachNoteGivesItsDocumentedResults) {
         EXPECT_NE(r.log.find(e.log), std::string::npos) << r.log;
         EXPECT_TRUE(std::equal(e.pixels.begin(), e.pixels.end(), r.pixels.begin()));
     }
-}
-
-// A documented exception leaves the call without a stream left open: a five-star value
-// that is no number (the catalogue has the point count that raises the length error).
-TEST_F(HostileFiles, DocumentedExceptionsCloseTheirStreams) {
-    NoteFile f;
-    const std::string path = write(hostile::pageBlock(f, f.block({{"FIVESTAR", "1,2,3,4,5,x,7,8,9,10,11"}})));
-    KwFileProcess file;
-    ASSERT_TRUE(file.init_datafile(path));
-    KwPageFeatureModule module;
-    PageFeatureReadFlag flags;
-    flags.fiveStar = true;
-    bounded([&] { EXPECT_THROW(file.fetchPageFeature(module, 1, flags), std::invalid_argument); });
 }
 
 // A well-formed note cut in its tag, in a block, in a picture, in a stroke block and in its
