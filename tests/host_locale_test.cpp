@@ -21,20 +21,6 @@ struct Grouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-class HostLocale : public ::testing::Test {
-protected:
-    void SetUp() override {
-        previous_ = std::locale::global(std::locale(std::locale::classic(), new Grouping));
-        std::ostringstream grouped;
-        grouped << 1234567;
-        ASSERT_EQ(grouped.str(), "1,234,567") << "the host's locale does not group digits";
-    }
-    void TearDown() override { std::locale::global(previous_); }
-
-private:
-    std::locale previous_;
-};
-
 // The value of the item with this key.
 std::string valueOf(const std::vector<ModuleItem>& items, const std::string& key) {
     for (const ModuleItem& item : items)
@@ -42,42 +28,39 @@ std::string valueOf(const std::vector<ModuleItem>& items, const std::string& key
     return "(missing)";
 }
 
-TEST_F(HostLocale, NumbersAreWrittenAsPlainDigits) {
+// Numbers are written as plain digits, and a grouped number is read as a number in plain
+// digits would be: up to the first comma. One number of each module is read, so that no
+// two share a module's stream.
+TEST(HostLocale, NumbersAreWrittenAndReadAsPlainDigits) {
+    const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    std::ostringstream grouped;
+    grouped << 1234567;
+    EXPECT_EQ(grouped.str(), "1,234,567") << "the host's locale does not group digits";
+
     KwFileFeatureModule header;
-    header.appVersion = 1234567;
     KwFileIndexModule index;
-    index.vecModuleIndex = {{"PAGE1", 1234567}};
     KwLayerFeatureModule layer;
-    layer.layerBitmapSite = 1234567;
+    KwPageFeatureModule page;
+    header.appVersion = layer.layerBitmapSite = 1234567;
+    index.vecModuleIndex = {{"PAGE1", 1234567}};
     std::vector<ModuleItem> headerItems, indexItems, other, pages, layerItems;
     header.produceVecMI(headerItems);
     index.produceVecMI(indexItems);
     index.assortVecMIByKEY(other, other, pages, other, other, other, other, other, other);
     layer.produceVecMIForLayerFeature(layerItems);
-    EXPECT_EQ(valueOf(headerItems, "APP_VERSION"), "1234567");
-    EXPECT_EQ(valueOf(indexItems, "PAGE1"), "1234567");
-    EXPECT_EQ(valueOf(pages, "PAGE1"), "1234567");
-    EXPECT_EQ(valueOf(layerItems, "LAYERBITMAP"), "1234567");
-}
+    EXPECT_EQ(valueOf(headerItems, "APP_VERSION") + valueOf(indexItems, "PAGE1") + valueOf(pages, "PAGE1") +
+                  valueOf(layerItems, "LAYERBITMAP"), "1234567123456712345671234567");
 
-// A grouped number is read as a number in plain digits would be: up to the first comma.
-TEST_F(HostLocale, GroupedDigitsEndANumber) {
-    // One number of each module, so that no two share a module's stream.
     std::vector<ModuleItem> items = {{"APP_VERSION", "1,234,567"}, {"LAYERPATH", "1,234,567"},
-                                     {"MAINLAYER", "1,234,567"}};
-    KwFileFeatureModule header;
+                                     {"MAINLAYER", "1,234,567"}}, indexItem = {{"PAGE1", "1,234,567"}};
     header.setInfoOfModuleFile(items);
-    KwLayerFeatureModule layer;
-    EXPECT_EQ(layer.setInfoOfLayerFeature(items, ""), 0);
-    KwPageFeatureModule page;
     PageFeatureReadFlag flags;
     flags.mainLayer = true;
-    EXPECT_EQ(page.setInfoOfPageFeature(items, "", flags), 0);
-    std::vector<ModuleItem> indexItems = {{"PAGE1", "1,234,567"}};
-    KwFileIndexModule index;
-    index.setInfoOfModuleIndex(indexItems);
-    EXPECT_EQ(std::make_tuple(header.appVersion, layer.layerPathSite, page.mainLayerSite, index.vecModuleIndex[0].site),
-              std::make_tuple(1ul, 1ul, 1, 1));
+    const int results = layer.setInfoOfLayerFeature(items, "") | page.setInfoOfPageFeature(items, "", flags);
+    index.setInfoOfModuleIndex(indexItem);
+    std::locale::global(previous);
+    EXPECT_EQ(std::make_tuple(results, header.appVersion, layer.layerPathSite, page.mainLayerSite,
+                              index.vecModuleIndex[0].site), std::make_tuple(0, 1ul, 1ul, 1, 1));
 }
 
 }  // namespace

@@ -53,11 +53,9 @@ TEST(HostNames, TheLibraryKeepsCallingItsOwnHelpers) {
         flags.fiveStar = true;
         read = file.fetchPageFeature(module, 1, flags);  // splits the marks, closes with flushfsyncfclose
     });
-    EXPECT_EQ(pages, 2);
-    EXPECT_EQ(read, 0);
-    ASSERT_EQ(module.fiveStars.size(), 1u);
-    EXPECT_EQ(module.fiveStars[0].values[10], 11);
-    EXPECT_EQ(hostCalls, 0) << "the library called the host's helpers";
+    ASSERT_EQ(std::make_tuple(pages, read, module.fiveStars.size()), std::make_tuple(2, 0, 1ul));
+    EXPECT_EQ(std::make_pair(module.fiveStars[0].values[10], hostCalls), std::make_pair(11, 0))
+        << "the library called the host's helpers";
 }
 
 }  // namespace

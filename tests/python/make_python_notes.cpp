@@ -40,31 +40,24 @@ std::vector<uint8_t> bandPicture(int seed) {
     return pixels;
 }
 
-TrailContainer strokeOnAxis(int seed, int axis) {
-    TrailContainer stroke = notetest::sampleStroke(seed);
-    stroke.m_emrPointAxis = axis;
-    return stroke;
-}
-
 // Pages that differ in what a reader must get right: layers drawn over each other, a page
 // order that leaves a layer out, strokes on every axis, a page with neither pictures nor
 // strokes, and page numbers that do not start at 1.
 std::vector<std::pair<std::string, Note>> testNotes() {
+    const auto strokeOnAxis = [](int seed, int axis) {
+        TrailContainer stroke = notetest::sampleStroke(seed);
+        stroke.m_emrPointAxis = axis;
+        return stroke;
+    };
     Note layered;
     layered.header = {{"FILE_TYPE", "NOTE"}, {"APPLY_EQUIPMENT", "EINK_A5"}, {"DEVICE_DPI", "226"},
                       {"APP_VERSION", "20240301"}, {"FINALOPERATION_LAYER", "LAYER1"}};
-    Page first;
-    first.layers = {{"BGLAYER", bandPicture(1), {}},
-                    {"MAINLAYER", bandPicture(2), {}},
-                    {"LAYER1", bandPicture(3), {}}};
+    Page first, reordered, empty;
+    first.layers = {{"BGLAYER", bandPicture(1), {}}, {"MAINLAYER", bandPicture(2), {}}, {"LAYER1", bandPicture(3), {}}};
     for (int axis = 0; axis < 4; ++axis) first.strokes.push_back(strokeOnAxis(axis + 1, axis));
-    Page reordered;
-    reordered.layers = {{"BGLAYER", bandPicture(4), {}},
-                        {"LAYER2", bandPicture(5), {}},
-                        {"MAINLAYER", bandPicture(6), {}}};
+    reordered.layers = {{"BGLAYER", bandPicture(4), {}}, {"LAYER2", bandPicture(5), {}}, {"MAINLAYER", bandPicture(6), {}}};
     reordered.extra = {{"LAYERSEQ", "BGLAYER,MAINLAYER"}};  // top first: the background over the main layer
     reordered.strokes = {strokeOnAxis(7, 1)};
-    Page empty;
     empty.hasStrokeBlock = false;
     empty.extra = {{"PAGESTYLE", "style_blank"}};
     layered.pages = {first, reordered, empty};

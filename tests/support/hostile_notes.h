@@ -2,7 +2,8 @@
 #define LIBNOTE_TESTS_HOSTILE_NOTES_H
 
 // Note files built to break a reader, each with what the library's four public calls must
-// give for it; shared by the library's and notetool's tests.
+// give for it; shared by the library's hostile-file test, notetool's and the Python
+// package's.
 
 #include <cstring>
 #include <string>
