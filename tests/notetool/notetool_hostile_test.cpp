@@ -3,29 +3,19 @@
 // and never leaves a half-written output file.
 
 #include <filesystem>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "hostile_notes.h"
-#include "notefiles.h"
-#include "run_tool.h"
+#include "notetool_run.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-using notetest::filesIn;
-using notetest::ToolRun;
+using namespace notetest;
 
 // A tool that spins is stopped by its CPU limit, which shows as a signal.
-ToolRun notetool(const notetest::ScratchDir& dir, std::vector<std::string> args) {
-    args.insert(args.begin(), NOTETOOL_PATH);
-    notetest::ToolLimits limits;
-    limits.cpuSeconds = 60;
-    return notetest::runTool(dir.path(""), std::move(args), limits);
-}
+ToolRun run(const ScratchDir& dir, std::vector<std::string> args) { return notetool(dir, std::move(args), {{0, 60}, "", 0}); }
 
 // A failure is one line naming the note; a success says nothing.
 void expectOutcome(const ToolRun& run, const std::string& note) {
@@ -42,25 +32,21 @@ void expectOutcome(const ToolRun& run, const std::string& note) {
 TEST(NotetoolOnHostileNotes, FailsInOneLineAndLeavesNoPartialOutput) {
     for (const hostile::Note& n : hostile::catalogue()) {
         SCOPED_TRACE(n.attack);
-        notetest::ScratchDir dir;
+        ScratchDir dir;
         const std::string note = dir.write("hostile.note", n.bytes);
         fs::create_directories(dir.path("png"));
         fs::create_directories(dir.path("pdf"));
 
-        ToolRun run = notetool(dir, {"info", note});
-        expectOutcome(run, note);
-
-        run = notetool(dir, {"render", note, "-o", dir.path("png/"), "-j", "1"});
-        expectOutcome(run, note);
-        EXPECT_EQ(filesIn(dir.path("png")).size(), run.code == 0 ? 1u : 0u);
-
-        run = notetool(dir, {"render", note, "-o", dir.path("pdf/n.pdf"), "-j", "1", "--strict"});
-        expectOutcome(run, note);
-        EXPECT_EQ(filesIn(dir.path("pdf")).size(), run.code == 0 ? 1u : 0u);
-
-        run = notetool(dir, {"strokes", note, "--page", "1", "-o", dir.path("strokes.json")});
-        expectOutcome(run, note);
-        EXPECT_EQ(fs::exists(dir.path("strokes.json")), run.code == 0);
+        expectOutcome(run(dir, {"info", note}), note);
+        ToolRun r = run(dir, {"render", note, "-o", dir.path("png/"), "-j", "1"});
+        expectOutcome(r, note);
+        EXPECT_EQ(filesIn(dir.path("png")).size(), r.code == 0 ? 1u : 0u);
+        r = run(dir, {"render", note, "-o", dir.path("pdf/n.pdf"), "-j", "1", "--strict"});
+        expectOutcome(r, note);
+        EXPECT_EQ(filesIn(dir.path("pdf")).size(), r.code == 0 ? 1u : 0u);
+        r = run(dir, {"strokes", note, "--page", "1", "-o", dir.path("strokes.json")});
+        expectOutcome(r, note);
+        EXPECT_EQ(fs::exists(dir.path("strokes.json")), r.code == 0);
     }
 }
 

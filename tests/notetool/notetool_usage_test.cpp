@@ -38,7 +38,13 @@ TEST(NotetoolUsage, MistakesAreNamedAsTypedAndWriteNothing) {
         {{"render", "NOTE", "--output", "OUT/x.pdf", "--format", "png"}, "--output OUT/x.pdf: the extension says pdf, --format says png"},
         {{"convert", "NOTE", "-o", "OUT/all.pdf"}, "-o OUT/all.pdf: convert writes a folder (a folder's name ends in /)"},
         {{"render", "NOTE", "-o", "OUT/", "--pages", ""}, "--pages: the list is empty"},
-        {{"render", "NOTE", "-o", "OUT/", "--pages", "9"}, "--pages 9: the note has no page 9 (it has 4)"},
+        {{"render", "NOTE", "-o", "OUT/", "--pages", "2,13"}, "--pages 2,13: the note has no page 13 (it has 4)"},
+        {{"render", "NOTE", "-o", "OUT/", "--pages", "4-2"}, "--pages 4-2: the range 4-2 runs backwards"},
+        {{"render", "NOTE", "-o", "OUT/", "--format", "gif"}, "--format: gif is none of png, pdf or svg"},
+        {{"render", "NOTE", "-o", "OUT/", "--layers", "PAPER"},
+         "--layers: unknown layer PAPER (known: MAINLAYER, LAYER1, LAYER2, LAYER3, BGLAYER)"},
+        {{"render", "NOTE", "-o", "-", "--format", "svg"}, "-o -: svg writes a file per page; choose one page with --pages"},
+        {{"convert", "NOTE", "-o", "-"}, "-o -: convert writes a folder (a folder's name ends in /)"},
         {{"strokes", "NOTE", "--page", "0"}, "--page 0: the note has no page 0 (it has 4)"},
         {{"strokes", "NOTE", "--page", "1", "-o", "OUT/s.txt"}, "-o OUT/s.txt: .txt is not the extension of json or svg"},
         {{"strokes", "NOTE", "--page", "1", "-o", "OUT/s.svg", "--format", "json"}, "-o OUT/s.svg: the extension says svg, --format says json"},
@@ -52,8 +58,11 @@ TEST(NotetoolUsage, MistakesAreNamedAsTypedAndWriteNothing) {
         const ToolRun r = notetool(dir, args);
         EXPECT_EQ(r.code, 2);
         EXPECT_EQ(r.err, "notetool: " + message + "\n");
-        EXPECT_FALSE(fs::exists(dir.path("out")));
+        EXPECT_FALSE(fs::exists(dir.path("out")) || fs::exists(dir.path("-")));
     }
+    // A command is required, and render's output.
+    using Args = std::vector<std::string>;
+    for (const Args& args : {Args{}, Args{"frobnicate"}, Args{"render", note}}) EXPECT_EQ(notetool(dir, args).code, 2);
 }
 
 TEST(NotetoolUsage, ExtensionsAndListsAreReadAsMeant) {
@@ -95,8 +104,15 @@ TEST(NotetoolUsage, FailuresSayWhatFailedInWords) {
         EXPECT_EQ(r.err, "notetool: " + c.message + "\n");
     }
 
-    // The manual lists every code with its reason, from the same table.
+    // The help and the manual list the exit codes, and every library code with its reason,
+    // from the same table.
+    const ToolRun help = notetool(dir, {"--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_NE(help.out.find("Exit codes: 0 all done; 1 some inputs failed"), std::string::npos);
+    EXPECT_NE(help.out.find("\n   17  " + std::string(status::statusText(status::ReadFailed))), std::string::npos);
     const ToolRun man = notetool(dir, {"--man"});
+    EXPECT_EQ(man.out.rfind(".TH NOTETOOL 1", 0), 0u);
+    EXPECT_NE(man.out.find(".SS convert"), std::string::npos);
     for (int code = 1; code < 64; ++code) {
         const char* text = status::statusText(code);
         EXPECT_TRUE(!text || man.out.find(".B " + std::to_string(code) + "\n" + text) != std::string::npos) << code;

@@ -1,8 +1,9 @@
 #ifndef LIBNOTE_TESTS_NOTETOOL_RUN_H
 #define LIBNOTE_TESTS_NOTETOOL_RUN_H
 
-// What notetool's end-to-end tests share: the program run as a child in a scratch folder,
-// notes to run it on, and its outputs read back.
+// What the tests that run notetool share (tests/notetool, tests/desktop): the program, which
+// the test's target names in NOTETOOL_PATH, run as a child in a scratch folder, notes to run
+// it on, and its outputs read back.
 
 #include <png.h>
 
