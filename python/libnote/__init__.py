@@ -7,7 +7,7 @@
     (1872, 1404, 4)
     >>> note.save("sample.pdf")      # the same bytes as `notetool render sample.note -o sample.pdf`
 
-The work is done by libNote and notetool's page library in C++, without the GIL, so
+The work is done by libNote and the page library in C++, without the GIL, so
 threads read and write notes in parallel. libNote's own log never reaches standard
 output; set_log() keeps it in a file.
 """

@@ -17,5 +17,5 @@ class NoteError(Exception):
         self.reason = reason
 
     def __str__(self) -> str:
-        # notetool's page library words most failures with their reason already.
+        # the page library words most failures with their reason already.
         return f"{self.message}: {self.reason}" if self.reason and self.reason not in self.message else self.message

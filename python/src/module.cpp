@@ -1,5 +1,5 @@
 // libnote._libnote: the compiled half of the Python package. It reads notes through libNote
-// and notetool's page library, releases the GIL for every call into them, and turns what
+// and the page library, releases the GIL for every call into them, and turns what
 // they refuse into NoteFailure, which Python sees as libnote.NoteError. The classes a user
 // meets (Note, Page) are in the pure-Python half, libnote/__init__.py.
 
@@ -44,7 +44,7 @@ struct NoteFailure : std::runtime_error {
     std::optional<int> code;
 };
 
-// notetool's page library words a refused call as "... (code N)"; the number is the
+// the page library words a refused call as "... (code N)"; the number is the
 // library's status code.
 std::optional<int> codeIn(const std::string& message) {
     const std::size_t at = message.rfind("(code ");

@@ -1,6 +1,6 @@
 // Writes what the Python tests read, into the folder given: notes laid out by the note writer
 // (notes/), what the C++ API reads from each of them (reference/), the hostile notes of
-// tests/hostile with whether notetool's page library refuses each (hostile/), and a folder
+// tests/hostile with whether the page library refuses each (hostile/), and a folder
 // tree of notes with a broken one among them for whole-folder conversions (tree/). The
 // Python package is then held to the C++ answers, not to numbers copied into the tests.
 //
@@ -112,7 +112,7 @@ void writeReference(const std::string& note, int page, const fs::path& stem) {
     std::ofstream(stem.string() + ".strokes.json") << strokes.dump();
 }
 
-// Whether notetool's page library refuses any part of the note: its pages, any page's
+// Whether the page library refuses any part of the note: its pages, any page's
 // layers, pictures or strokes.
 bool refused(const std::string& note) {
     try {

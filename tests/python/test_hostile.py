@@ -1,5 +1,5 @@
 """The notes of tests/hostile through every call of the package: each call answers or raises
-NoteError, exactly where notetool's page library refuses the note, and never crashes."""
+NoteError, exactly where the page library refuses the note, and never crashes."""
 
 import pytest
 
