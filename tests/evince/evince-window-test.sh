@@ -55,9 +55,8 @@ mkdir -p "$artifacts"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# The darkest grey in a picture, 0 to 1, and the share of its pixels darker than mid-grey.
+# The darkest grey in a picture, 0 to 1.
 darkest() { convert "$1" -colorspace Gray -format '%[fx:minima]' info:; }
-ink_share() { convert "$1" -colorspace Gray -threshold 50% -format '%[fx:1-mean]' info:; }
 
 # ---- evince-thumbnailer, as the file manager runs it ----
 evince-thumbnailer -s 256 "$sample" "$scratch/thumbnail.png" || fail "evince-thumbnailer failed"
@@ -68,17 +67,16 @@ awk -v d="$(darkest "$scratch/thumbnail.png")" 'BEGIN { exit !(d < 0.5) }' || fa
 echo "evince-thumbnailer: $size with ink"
 
 # ---- evince in a window ----
-"$notetool" render "$sample" --pages 1 --scale 0.1 -o "$scratch/page1.png" > /dev/null
-page_ink=$(ink_share "$scratch/page1.png")
 cat > "$scratch/session.sh" << 'SESSION'
 #!/bin/bash
-# In the X session: the viewer on the note, its window's title, then the whole screen.
+# In the X session: the viewer on the note, its window's title and place, then the screen.
 set -euo pipefail
 evince "$1" > "$2/evince.log" 2>&1 &
 echo $! > "$2/evince.pid"
 window=$(timeout 30 xdotool search --sync --onlyvisible --class evince | head -n 1)
 sleep 4  # the page is drawn on the viewer's own threads after the window shows
 xdotool getwindowname "$window" > "$2/title.txt"
+xdotool getwindowgeometry --shell "$window" > "$2/geometry.txt"
 import -window root "$3"
 kill "$(cat "$2/evince.pid")"
 SESSION
@@ -89,13 +87,24 @@ timeout 90 xvfb-run -a -s "-screen 0 1024x768x24" "$scratch/session.sh" "$sample
 title=$(cat "$scratch/title.txt")
 echo "window title: $title"
 [[ $title == *sample* ]] || fail "the window's title names no note: $title"
-# Below the header bar the window is the page: white paper, and ink in about the share the
-# page itself has (the viewer's headers and margins add a little of their own).
-convert "$screenshot" -crop 1024x668+0+100 +repage "$scratch/page-area.png"
-shown_ink=$(ink_share "$scratch/page-area.png")
-paper=$(convert "$scratch/page-area.png" -colorspace Gray -threshold 99% -format '%[fx:mean]' info:)
-echo "ink: page $page_ink, window $shown_ink; white: $paper"
-awk -v p="$paper" 'BEGIN { exit !(p > 0.2) }' || fail "no page shows in the window (white share $paper)"
-awk -v s="$shown_ink" -v p="$page_ink" 'BEGIN { exit !(s > p / 4 && s < 4 * p + 0.02) }' ||
-    fail "the page area's ink ($shown_ink) is not the first page's ($page_ink)"
+
+# The page is the white rectangle below the window's header bar. Its ink is the first page's
+# when notetool's picture of that page, at the width shown and cut where the window cuts it,
+# has as many dark pixels, give or take a quarter (the page's rules are lighter than mid-grey, its writing not).
+source "$scratch/geometry.txt"
+header=60
+convert "$screenshot" -crop "${WIDTH}x$((HEIGHT - header))+${X}+$((Y + header))" +repage "$scratch/view.png"
+page_box=$(convert "$scratch/view.png" -fill black +opaque white -trim -format '%w %h %X %Y' info:)
+read -r page_width page_height page_x page_y <<< "$page_box"
+((page_width > WIDTH / 2)) || fail "no page shows in the window (white area $page_box)"
+convert "$scratch/view.png" -crop "${page_width}x${page_height}${page_x}${page_y}" +repage "$scratch/page-shown.png"
+scale=$(awk -v w="$page_width" 'BEGIN { printf "%.4f", w / 1404 }')
+"$notetool" render "$sample" --pages 1 --scale "$scale" -o "$scratch/page1.png" > /dev/null
+convert "$scratch/page1.png" -crop "${page_width}x${page_height}+0+0" +repage "$scratch/page-expected.png"
+dark() { convert "$1" -colorspace Gray -threshold 50% -negate -format '%[fx:round(mean*w*h)]' info:; }
+shown=$(dark "$scratch/page-shown.png")
+expected=$(dark "$scratch/page-expected.png")
+echo "page shown ${page_width}x${page_height}: $shown dark pixels, notetool's page at scale $scale: $expected"
+((expected > 100)) || fail "the first page has too little ink in view to compare ($expected)"
+((shown * 4 > expected * 3 && shown * 3 < expected * 4)) || fail "the page shown ($shown dark pixels) is not the first page ($expected)"
 echo "screenshot: $screenshot"
