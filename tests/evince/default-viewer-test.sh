@@ -17,7 +17,7 @@ cmake --install "$build" --prefix "$scratch/prefix" > "$scratch/install.log" 2>&
 update-desktop-database "$scratch/prefix/share/applications"
 
 # Its bin/ on the PATH too, so that "Convert to PDF", which claims notes as well, is installed.
-export PATH=$scratch/prefix/bin:$PATH XDG_DATA_DIRS=$scratch/prefix/share:/usr/share XDG_DATA_HOME=$scratch/data
+export PATH=$scratch/prefix/bin:$PATH XDG_DATA_DIRS=$scratch/prefix/share XDG_DATA_HOME=$scratch/data
 export XDG_CONFIG_HOME=$scratch/config XDG_CONFIG_DIRS=$scratch/etc XDG_CURRENT_DESKTOP=GNOME
 # Another application that takes notes, first by name, which GLib would choose without a default.
 mkdir -p "$XDG_DATA_HOME/applications"
@@ -27,12 +27,13 @@ update-desktop-database "$XDG_DATA_HOME/applications"
 answer=$(gio mime application/x-handwritten-note)
 echo "$answer"
 grep -q '^Default application for .*: libnote-evince.desktop$' <<< "$answer" || { echo "FAILED: the viewer is not the default"; exit 1; }
-sed -n '/^Registered applications:/,/^Recommended/p' <<< "$answer" | grep -q 'libnote-evince.desktop' ||
-    { echo "FAILED: the viewer is not offered"; exit 1; }
+offered=$(sed -n '/^Registered applications:/,/^Recommended/p' <<< "$answer")
+grep -q 'libnote-evince.desktop' <<< "$offered" || { echo "FAILED: the viewer is not offered"; exit 1; }
 grep -q '^Exec=evince %U$' "$scratch/prefix/share/applications/libnote-evince.desktop"
 
 # A user's own choice comes first.
 mkdir -p "$XDG_CONFIG_HOME"
 printf '[Default Applications]\napplication/x-handwritten-note=notetool-to-pdf.desktop\n' > "$XDG_CONFIG_HOME/mimeapps.list"
-gio mime application/x-handwritten-note | grep -q ': notetool-to-pdf.desktop$' ||
-    { echo "FAILED: the installed default overrides the user's"; exit 1; }
+answer=$(gio mime application/x-handwritten-note)
+grep -q '^Default application for .*: notetool-to-pdf.desktop$' <<< "$answer" ||
+    { echo "FAILED: the installed default overrides the user's: $answer"; exit 1; }

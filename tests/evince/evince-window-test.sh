@@ -73,7 +73,8 @@ cat > "$scratch/session.sh" << 'SESSION'
 set -euo pipefail
 evince "$1" > "$2/evince.log" 2>&1 &
 echo $! > "$2/evince.pid"
-window=$(timeout 30 xdotool search --sync --onlyvisible --class evince | head -n 1)
+windows=$(timeout 30 xdotool search --sync --onlyvisible --class evince)
+window=${windows%%$'\n'*}
 sleep 4  # the page is drawn on the viewer's own threads after the window shows
 xdotool getwindowname "$window" > "$2/title.txt"
 xdotool getwindowgeometry --shell "$window" > "$2/geometry.txt"
