@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "document_info.h"
-#include "output_formats.h"
+#include "file_names.h"
 #include "page_reader.h"
 #include "page_scaling.h"
 #include "palette.h"

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """How large the tests are beside the code they test.
 
-A line counts when it holds code: not blank, not only a comment (// or /* ... */, #).
-Tested code: the library (src/, include/), notetool (tools/notetool/), the page library
-(pages/) and the Python module's C++ (python/src/), *.cpp and *.h, with the Python package
-(python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
-(tests/python/*.py). The note writer (notewriter/) and the helpers the tests share
-(tests/support/) are counted apart, and so are the shell scripts that check the desktop
-files and the installed package (tests/**/*.sh), which test no counted code. Run from anywhere:
+A line counts when it holds code: not blank, not only a comment (// or /* ... */, #). Tested
+code: the library (src/, include/), notetool (tools/notetool/), the page library (pages/),
+the Python module's C++ (python/src/) and the Document Viewer's backend (evince/), *.cpp and
+*.h, with the Python package (python/libnote/*.py). Tests: every *.cpp and *.h under tests/
+and the Python tests (tests/python/*.py). The note writer (notewriter/) and the helpers the
+tests share (tests/support/) are counted apart, and so are the shell scripts that check the
+desktop files and the installed package (tests/**/*.sh), which test no counted code. Run
+from anywhere:
 
     tests/count-lines.py
 """
@@ -43,7 +44,7 @@ def count(folders, exclude=(), suffixes=(".cpp", ".h")):
 
 
 def main():
-    cpp = count(["src", "include", "tools/notetool", "pages", "python/src"])
+    cpp = count(["src", "include", "tools/notetool", "pages", "python/src", "evince"])
     package = count(["python/libnote"], suffixes=(".py",))
     tested = cpp + package
     cpp_tests = count(["tests"], exclude=["tests/support"])
@@ -51,7 +52,7 @@ def main():
     tests = cpp_tests + python_tests
     support = count(["notewriter", "tests/support"])
     scripts = count(["tests"], suffixes=(".sh",))
-    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/) {cpp}, Python (python/libnote/) {package}:"
+    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/ evince/) {cpp}, Python (python/libnote/) {package}:"
           f" {tested}")
     print(f"tests: C++ (tests/ without tests/support/) {cpp_tests}, Python (tests/python/) {python_tests}:"
           f" {tests}  {100 * tests / tested:.1f} %")
