@@ -244,12 +244,6 @@ TEST_F(Loading, PagesAndLayersAreFoundByNumberAndExactName) {
               Logged(0, "fetchLayerFeature\nfetchLayerFeature  ok\n"));
     EXPECT_EQ(layer.layerBitmapSite, sites.pages[0].pictures["LAYER1"]);
     EXPECT_EQ(logged([&] { return file.fetchLayerFeature(absent, page, "BGLAYER"); }), Logged(0, "fetchLayerFeature\n"));
-    // A page's site of -1, widened with its sign, passes the block reader's size check and
-    // fails at its seek.
-    KwPageFeatureModule negative;
-    negative.layer1Site = -1;
-    EXPECT_EQ(logged([&] { return file.fetchLayerFeature(layer, negative, "LAYER1"); }),
-              Logged(17, "fetchLayerFeature\n" + kNegativeSeek + "readModuleItemFromFile error"));
     KwFileLoad unopenable;
     unopenable.init_fileload(dir.path("missing.note"));
     EXPECT_EQ(logged([&] { return unopenable.fetchLayerFeature(layer, page, "LAYER1"); }),
