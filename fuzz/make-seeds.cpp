@@ -170,6 +170,8 @@ int main(int argc, char** argv) {
         blockSeeds(blocks, files);
         SeedFolder wholeFiles(argv[1], "note_file_fuzz");
         noteSeeds(wholeFiles, files);
+        SeedFolder viewedFiles(argv[1], "evince_note_fuzz");
+        for (const auto& [name, bytes] : files) viewedFiles.add(name, bytes);
         SeedFolder strokes(argv[1], "stroke_record_fuzz");
         strokeSeeds(strokes);
         SeedFolder pictures(argv[1], "rle_decode_fuzz");

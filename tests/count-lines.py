@@ -3,8 +3,8 @@
 
 A line counts when it holds code: not blank, not only a comment (// or /* ... */, #).
 Tested code: the library (src/, include/), notetool (tools/notetool/), the page library
-(pages/) and the Python module's C++ (python/src/), *.cpp and *.h, with the Python package
-(python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
+(pages/), the Python module's C++ (python/src/) and the Document Viewer's backend
+(evince/), *.cpp and *.h, with the Python package (python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
 (tests/python/*.py). Counted apart, as support: the note writer (notewriter/), the helpers
 the tests share (tests/support/), the program that writes the Python tests' notes
 (tests/python/make_python_notes.cpp, which checks nothing) and the handwriting generator's
@@ -53,7 +53,7 @@ def count(places, exclude=(), suffixes=(".cpp", ".h")):
 
 
 def main():
-    cpp = count(["src", "include", "tools/notetool", "pages", "python/src"])
+    cpp = count(["src", "include", "tools/notetool", "pages", "python/src", "evince"])
     package = count(["python/libnote"], suffixes=(".py",))
     tested = cpp + package
     cpp_tests = count(["tests"], exclude=SUPPORT + [NOTEWRITER_TEST])
@@ -62,7 +62,7 @@ def main():
     support = count(["notewriter", *SUPPORT])
     notewriter_test = count([NOTEWRITER_TEST])
     scripts = count(["tests"], suffixes=(".sh",))
-    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/) {cpp}, Python (python/libnote/) {package}:"
+    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/ evince/) {cpp}, Python (python/libnote/) {package}:"
           f" {tested}")
     print(f"tests: C++ (tests/ without the support below) {cpp_tests}, Python (tests/python/*.py) {python_tests}:"
           f" {tests}  {100 * tests / tested:.1f} %")

@@ -11,6 +11,9 @@ foreach(tool_and_folder IN ITEMS "update-mime-database;mime" "update-desktop-dat
     list(GET tool_and_folder 0 tool)
     list(GET tool_and_folder 1 folder)
     set(dir "${CMAKE_INSTALL_PREFIX}/${NOTETOOL_DATADIR}/${folder}")
+    if(NOT IS_DIRECTORY "${dir}")  # an install of one component (evince) may have none
+        continue()
+    endif()
     find_program(tool_path NAMES ${tool} NO_CACHE NO_DEFAULT_PATH PATHS ENV PATH)
     if(NOT tool_path)
         message(STATUS "${tool} is not installed: ${dir} is not cached")
