@@ -9,10 +9,9 @@
 #include <QPrinter>
 
 #include <algorithm>
-#include <cstring>
 
 #include "page_reader.h"
-#include "page_scaling.h"
+#include "page_image.h"
 #include "palette.h"
 #include "tool_error.h"
 
@@ -21,14 +20,6 @@ OKULAR_EXPORT_PLUGIN(NoteGenerator, "okularGenerator_note.json")
 namespace {
 
 const char* const kProducer = "libNote " LIBNOTE_OKULAR_VERSION;
-
-// The library's rows (each led by its PNG filter byte) as a grey image.
-QImage greyImage(const std::string& rows, int width, int height) {
-    QImage image(width, height, QImage::Format_Grayscale8);
-    for (int y = 0; y < height; ++y)
-        std::memcpy(image.scanLine(y), rows.data() + std::size_t(y) * (width + 1) + 1, std::size_t(width));
-    return image;
-}
 
 }  // namespace
 
@@ -79,7 +70,7 @@ QImage NoteGenerator::pagePicture(int index, int width, int height) const {
     } catch (const notetool::ToolError&) {
         std::fill(pixels.begin(), pixels.end(), notetool::kNothing);
     }
-    return greyImage(notetool::scaledGreyRows(pixels.data(), width, height, false), width, height);
+    return notetool::pageImage(pixels.data(), width, height);
 }
 
 QImage NoteGenerator::image(Okular::PixmapRequest* request) {

@@ -8,9 +8,9 @@
 #include <QFile>
 #include <QImage>
 
-#include <cstring>
 #include <vector>
 
+#include "page_image.h"
 #include "page_reader.h"
 #include "page_scaling.h"
 #include "palette.h"
@@ -30,13 +30,8 @@ QImage firstPage(const std::string& path, int width, int height) {
         return {};
     }
     const double scale = notetool::fitScale(width, height);
-    const int thumbWidth = notetool::scaledLength(notetool::kPageWidth, scale);
-    const int thumbHeight = notetool::scaledLength(notetool::kPageHeight, scale);
-    const std::string rows = notetool::scaledGreyRows(pixels.data(), thumbWidth, thumbHeight, false);
-    QImage image(thumbWidth, thumbHeight, QImage::Format_Grayscale8);
-    for (int y = 0; y < thumbHeight; ++y)  // each row of the library's led by its filter byte
-        std::memcpy(image.scanLine(y), rows.data() + std::size_t(y) * (thumbWidth + 1) + 1, std::size_t(thumbWidth));
-    return image;
+    return notetool::pageImage(pixels.data(), notetool::scaledLength(notetool::kPageWidth, scale),
+                               notetool::scaledLength(notetool::kPageHeight, scale));
 }
 
 }  // namespace
