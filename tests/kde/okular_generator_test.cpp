@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPixmap>
+#include <QPrinter>
 #include <QUrl>
 
 #include "hostile_notes.h"
@@ -102,6 +103,28 @@ TEST(OkularGenerator, PixmapsAreNotetoolsPicturesOfTheSameSize) {
         const QImage expected = kdetest::notetoolPicture(dir, {"render", kSample, "--pages", "1", "--scale", scale, "-o"});
         EXPECT_TRUE(kdetest::samePixels(expected, viewer.pixmap(0, width, height)));
     }
+}
+
+// Okular's print dialog prints through the generator; printed to a PDF file, each page is the
+// page's own pixels (1404 x 1872, not resampled), not smoothed by the viewer of the PDF.
+TEST(OkularGenerator, PrintsEveryPageAsItsOwnPixels) {
+    Viewer viewer;
+    ASSERT_EQ(viewer.open(kSample), Okular::Document::OpenSuccess);
+    EXPECT_EQ(viewer.document_.printingSupport(), Okular::Document::NativePrinting);
+    ScratchDir dir;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(dir.path("printed.pdf")));
+    ASSERT_EQ(viewer.document_.print(printer), Okular::Document::NoPrintError);
+
+    const notetest::ToolRun images = notetest::program(dir, {"pdfimages", "-list", dir.path("printed.pdf")});
+    int pages = 0;
+    for (std::size_t at = images.out.find(" image "); at != std::string::npos; at = images.out.find(" image ", at + 1)) {
+        EXPECT_EQ(images.out.compare(at, 20, " image    1404  1872"), 0) << images.out.substr(at, 40);
+        ++pages;
+    }
+    EXPECT_EQ(pages, int(viewer.document_.pages())) << images.out;
+    EXPECT_EQ(kdetest::readFile(dir.path("printed.pdf")).find("/Interpolate true"), std::string::npos);
 }
 
 TEST(OkularGenerator, ABrokenNoteFailsWithTheLibrarysReason) {
