@@ -6,7 +6,7 @@
 # project that takes libNote in as a subproject wants the library, not viewer plugins.
 set(LIBNOTE_OKULAR_FOUND OFF)
 set(LIBNOTE_KIO_FOUND OFF)
-if(LIBNOTE_BUILD_TOOLS AND CMAKE_SOURCE_DIR STREQUAL PROJECT_SOURCE_DIR)
+if(LIBNOTE_BUILD_TOOLS AND LIBNOTE_TOP_LEVEL)
     find_package(Okular5 QUIET)
     find_package(KF5KIO QUIET)
     set(LIBNOTE_OKULAR_FOUND ${Okular5_FOUND})
