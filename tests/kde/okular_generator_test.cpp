@@ -156,8 +156,10 @@ TEST(OkularGenerator, HostileNotesOpenOrFailCleanly) {
         }
         const QImage page = viewer.pixmap(0, 351, 468);
         EXPECT_EQ(page.size(), QSize(351, 468));
-        // A page whose main layer cannot be read shows nothing but paper.
-        if (note.expected.picture != status::Ok) {
+        // A page whose main layer cannot be read shows nothing but paper. (A note that the
+        // library cannot read at all, yet opens, is one that Okular gave another generator
+        // by the type of its content: cut short before its tag, it is no note.)
+        if (note.expected.pages == 1 && note.expected.picture != status::Ok) {
             bool blank = true;
             for (int y = 0; y < page.height(); ++y)
                 for (int x = 0; x < page.width(); ++x) blank = blank && qGray(page.pixel(x, y)) == 255;
