@@ -3,7 +3,6 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "document_info.h"
@@ -11,7 +10,6 @@
 #include "page_reader.h"
 #include "page_scaling.h"
 #include "palette.h"
-#include "palette_picture.h"
 #include "tool_error.h"
 
 namespace notebackend {
@@ -40,32 +38,17 @@ Surface newSurface(int width, int height) {
     return Surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), cairo_surface_destroy);
 }
 
-// Each page pixel repeated `scale` times across and down, in the colours the page's palette
-// gives it: the PNG notetool writes at a whole-number scale.
-void fillRepeated(const uint8_t* pixels, int scale, uint32_t* out, std::size_t stride) {
-    const Palette palette = pagePalette(pixels, false);
-    std::array<uint32_t, 256> colour{};
-    for (int value = 0; value < 256; ++value) colour[std::size_t(value)] = palette.colours[palette.indexOf[std::size_t(value)]];
-    for (int y = 0; y < kPageHeight * scale; ++y) {
-        const uint8_t* in = pixels + std::size_t(y / scale) * kPageWidth;
-        uint32_t* row = out + std::size_t(y) * stride;
-        for (int x = 0; x < kPageWidth * scale; ++x) row[x] = colour[in[x / scale]];
-    }
-}
-
 // The page at width x height, as it would be were it not turned.
 Surface drawUpright(const uint8_t* pixels, int width, int height) {
     Surface surface = newSurface(width, height);
     cairo_surface_flush(surface.get());
     auto* data = reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(surface.get()));
     const std::size_t stride = std::size_t(cairo_image_surface_get_stride(surface.get())) / 4;
-    if (const int scale = wholeScaleOf(width, height)) {
-        fillRepeated(pixels, scale, data, stride);
-    } else {
-        const std::vector<uint8_t> grey = scaledGrey(pixels, width, height, false);
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                data[std::size_t(y) * stride + x] = 0xFF000000u | 0x010101u * grey[std::size_t(y) * width + x];
+    // Each of the page library's rows is led by its PNG filter byte.
+    const std::string rows = scaledGreyRows(pixels, width, height, false);
+    for (int y = 0; y < height; ++y) {
+        const auto* grey = reinterpret_cast<const uint8_t*>(rows.data()) + std::size_t(y) * (std::size_t(width) + 1) + 1;
+        for (int x = 0; x < width; ++x) data[std::size_t(y) * stride + x] = 0xFF000000u | 0x010101u * grey[x];
     }
     cairo_surface_mark_dirty(surface.get());
     return surface;

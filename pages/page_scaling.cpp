@@ -1,12 +1,11 @@
 #include "page_scaling.h"
 
-#include <cairo.h>
-
 #include <algorithm>
 #include <array>
+#include <cairo.h>
 #include <cmath>
 #include <memory>
-#include <string>
+#include <vector>
 
 #include "palette.h"
 #include "tool_error.h"
@@ -15,19 +14,19 @@ namespace notetool {
 
 namespace {
 
-// Appends a grey pixel, with its alpha when the picture has one.
-void putGrey(std::vector<uint8_t>& out, unsigned grey, unsigned alpha, bool withAlpha) {
-    out.push_back(static_cast<uint8_t>(grey));
-    if (withAlpha) out.push_back(static_cast<uint8_t>(alpha));
+// Appends a grey pixel, with its alpha when the rows have one.
+void putGrey(std::string& rows, unsigned grey, unsigned alpha, bool withAlpha) {
+    rows += static_cast<char>(grey);
+    if (withAlpha) rows += static_cast<char>(alpha);
 }
 
 // ---- Reductions: each pixel the mean of the page pixels it covers ----
 
-// The page is read once, a band of rows for each row of the picture, and nothing of its size
-// is made: scaling a full-size colour copy costs many times what averaging does, and a
-// reduction (a thumbnail, a viewer's page) is where speed matters most. Blocks have their
-// edges on whole page pixels, so they differ in size by one pixel at most.
-std::vector<uint8_t> reduced(const uint8_t* pixels, int width, int height, bool transparent) {
+// The page is read once, a band of rows for each row of the image, and nothing of its size is
+// made: scaling a full-size colour copy costs many times what averaging does, and a reduction
+// (a thumbnail, a preview) is where speed matters most. Blocks have their edges on whole page
+// pixels, so they differ in size by one pixel at most.
+std::string reducedRows(const uint8_t* pixels, int width, int height, bool transparent) {
     std::array<uint32_t, 256> greyTimesAlpha{};  // so that a clear pixel adds no colour to the mean
     std::array<uint32_t, 256> alphaOf{};
     for (int value = 0; value < 256; ++value) {
@@ -39,11 +38,12 @@ std::vector<uint8_t> reduced(const uint8_t* pixels, int width, int height, bool 
     std::vector<int> blockLeft;  // page column where each block starts, and the page width last
     for (int x = 0; x <= width; ++x) blockLeft.push_back(static_cast<int>(int64_t(x) * kPageWidth / width));
 
-    std::vector<uint8_t> out;
-    out.reserve(std::size_t(height) * std::size_t(width) * (transparent ? 2 : 1));
+    std::string rows;
+    rows.reserve(std::size_t(height) * (1 + std::size_t(width) * (transparent ? 2 : 1)));
     for (int y = 0; y < height; ++y) {
         const int top = static_cast<int>(int64_t(y) * kPageHeight / height);
         const int bottom = static_cast<int>(int64_t(y + 1) * kPageHeight / height);
+        rows += '\0';
         for (int x = 0; x < width; ++x) {
             const int left = blockLeft[std::size_t(x)];
             const int right = blockLeft[std::size_t(x) + 1];
@@ -58,17 +58,17 @@ std::vector<uint8_t> reduced(const uint8_t* pixels, int width, int height, bool 
             }
             const uint64_t count = uint64_t(bottom - top) * uint64_t(right - left);
             const auto grey = static_cast<unsigned>(alpha == 0 ? 0 : (colour + alpha / 2) / alpha);
-            putGrey(out, grey, static_cast<unsigned>((alpha + count / 2) / count), transparent);
+            putGrey(rows, grey, static_cast<unsigned>((alpha + count / 2) / count), transparent);
         }
     }
-    return out;
+    return rows;
 }
 
 // ---- Enlargements by other than whole numbers: filtered by cairo ----
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-Surface enlargedPage(const uint8_t* pixels, int width, int height, bool transparent) {
+Surface scaledPage(const uint8_t* pixels, int width, int height, bool transparent) {
     Surface page(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kPageWidth, kPageHeight), cairo_surface_destroy);
     cairo_surface_flush(page.get());
     unsigned char* data = cairo_image_surface_get_data(page.get());
@@ -93,38 +93,59 @@ Surface enlargedPage(const uint8_t* pixels, int width, int height, bool transpar
     return scaled;
 }
 
-// A scaled page's pixels as grey, or grey and alpha.
-std::vector<uint8_t> greyOf(cairo_surface_t* image, bool alpha) {
+// The rows of a scaled page as grey, or grey and alpha, each led by its filter byte.
+std::string greyRows(cairo_surface_t* image, bool alpha) {
     const int width = cairo_image_surface_get_width(image);
     const int height = cairo_image_surface_get_height(image);
     const int stride = cairo_image_surface_get_stride(image);
     const unsigned char* data = cairo_image_surface_get_data(image);
-    std::vector<uint8_t> out;
-    out.reserve(std::size_t(height) * std::size_t(width) * (alpha ? 2 : 1));
+    std::string rows;
+    rows.reserve(std::size_t(height) * (1 + std::size_t(width) * (alpha ? 2 : 1)));
     for (int y = 0; y < height; ++y) {
         const auto* in = reinterpret_cast<const uint32_t*>(data + std::size_t(y) * stride);
+        rows += '\0';
         for (int x = 0; x < width; ++x) {
             const uint32_t p = in[x];
             const unsigned a = p >> 24;
             // cairo's pixels are premultiplied; all page colours are grey, so red stands for all.
-            putGrey(out, a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a, a, alpha);
+            putGrey(rows, a == 0 ? 0 : (((p >> 16) & 0xFF) * 255 + a / 2) / a, a, alpha);
         }
     }
-    return out;
+    return rows;
+}
+
+// ---- Enlargements by whole numbers: each page pixel a block ----
+
+std::string repeatedRows(const uint8_t* pixels, int factor, bool transparent) {
+    const int width = kPageWidth * factor;
+    std::string rows;
+    rows.reserve(std::size_t(kPageHeight) * factor * (1 + std::size_t(width) * (transparent ? 2 : 1)));
+    std::string row;
+    for (int y = 0; y < kPageHeight; ++y) {
+        row.assign(1, '\0');
+        const uint8_t* in = pixels + std::size_t(y) * kPageWidth;
+        for (int x = 0; x < kPageWidth; ++x) {
+            const uint32_t colour = pixelColour(in[x], transparent);
+            for (int copy = 0; copy < factor; ++copy) putGrey(row, (colour >> 16) & 0xFF, colour >> 24, transparent);
+        }
+        for (int copy = 0; copy < factor; ++copy) rows += row;
+    }
+    return rows;
 }
 
 }  // namespace
 
 int scaledLength(int pixels, double scale) { return std::max(1, static_cast<int>(std::lround(pixels * scale))); }
 
-int wholeScaleOf(int width, int height) {
-    const int scale = width / kPageWidth;
-    return scale >= 1 && width == scale * kPageWidth && height == scale * kPageHeight ? scale : 0;
+double fitScale(int width, int height) {
+    return std::min({1.0, double(width) / kPageWidth, double(height) / kPageHeight});
 }
 
-std::vector<uint8_t> scaledGrey(const uint8_t* pixels, int width, int height, bool transparent) {
-    if (width <= kPageWidth && height <= kPageHeight) return reduced(pixels, width, height, transparent);
-    return greyOf(enlargedPage(pixels, width, height, transparent).get(), transparent);
+std::string scaledGreyRows(const uint8_t* pixels, int width, int height, bool transparent) {
+    if (width <= kPageWidth && height <= kPageHeight) return reducedRows(pixels, width, height, transparent);
+    if (width % kPageWidth == 0 && width / kPageWidth * kPageHeight == height)
+        return repeatedRows(pixels, width / kPageWidth, transparent);
+    return greyRows(scaledPage(pixels, width, height, transparent).get(), transparent);
 }
 
 }  // namespace notetool

@@ -2,16 +2,12 @@
 
 #include <libdeflate.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <memory>
-#include <vector>
 
 #include "output_file.h"
-#include "page_scaling.h"
 #include "palette.h"
+#include "page_scaling.h"
 #include "palette_picture.h"
 #include "tool_error.h"
 
@@ -106,14 +102,7 @@ std::string encodePng(const uint8_t* pixels, const DrawingOptions& options, cons
     }
     const int width = scaledLength(kPageWidth, options.scale);
     const int height = scaledLength(kPageHeight, options.scale);
-    const std::vector<uint8_t> grey = scaledGrey(pixels, width, height, options.transparent);
-    const std::size_t rowBytes = grey.size() / std::size_t(height);
-    std::string rows;
-    rows.reserve(grey.size() + std::size_t(height));
-    for (std::size_t at = 0; at < grey.size(); at += rowBytes) {
-        rows += '\0';  // filter: none
-        rows.append(reinterpret_cast<const char*>(grey.data() + at), rowBytes);
-    }
+    const std::string rows = scaledGreyRows(pixels, width, height, options.transparent);
     return pngFile({width, height, 8, options.transparent ? kGreyAlpha : kGrey, pixelsPerMetre}, nullptr, info,
                    compressZlib(rows.data(), rows.size()));
 }

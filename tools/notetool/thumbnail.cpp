@@ -2,7 +2,6 @@
 // desktop's .thumbnailer entry runs it for every note a folder shows, so it reads no more of
 // the note than that page.
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include "completion.h"
 #include "console.h"
 #include "output_file.h"
+#include "page_scaling.h"
 #include "palette.h"
 #include "png_output.h"
 
@@ -85,7 +85,7 @@ int runThumbnail(const ThumbnailArgs& args) {
     composePage(args.note, pages.front(), LayerSelection{}, false, pixels.data());
 
     DrawingOptions options;
-    options.scale = std::min(1.0, double(args.size) / std::max(kPageWidth, kPageHeight));
+    options.scale = fitScale(args.size, args.size);
     try {
         OutputFile file(args.out);
         const std::unique_ptr<PageWriter> writer = openPng(file, options, info);
