@@ -65,6 +65,18 @@ void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std:
         if (background[i] != kNothing && background[i] != kWhiteInk) pixels[i] = background[i];
 }
 
+// An empty or cut-off file (an interrupted copy) is the commonest note that cannot be read,
+// and the library's code for it ("a read came back short") does not say so: the size does.
+// The shortest note holds its identification tag after its first 4 bytes and, at its end,
+// the index's site and the footer marker (4 bytes each).
+std::string whatTheSizeSays(const std::string& path) {
+    const long long shortest = 4 + static_cast<long long>(kwFileIdenificationTag.size()) + 8;
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0 || st.st_size >= shortest) return "not a readable note";
+    if (st.st_size == 0) return "empty file";
+    return std::to_string(static_cast<long long>(st.st_size)) + " bytes: too short for a note";
+}
+
 }  // namespace
 
 std::string statusReason(int code) {
@@ -75,7 +87,7 @@ std::string statusReason(int code) {
 void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path) {
     openNote(file, path);
     const int status = file.fetchIndex(index);
-    if (status != status::Ok) throw ToolError(path + ": not a readable note: " + statusReason(status));
+    if (status != status::Ok) throw ToolError(path + ": " + whatTheSizeSays(path) + ": " + statusReason(status));
 }
 
 std::vector<int> notePages(const std::string& path) {

@@ -303,7 +303,7 @@ TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
 
     ToolRun r = notetool(dir, {"convert", dir.path("in"), "-o", dir.path("out"), "-j", "2"});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": not a readable note: a read failed, or a block, site or layer name is bad (code 17)\n");
+    EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": 17 bytes: too short for a note: a read failed, or a block, site or layer name is bad (code 17)\n");
     EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
     EXPECT_EQ(filesIn(dir.path("out")), (Strings{"a-p1.png", "a-p2.png", "trip"}));
     EXPECT_EQ(filesIn(dir.path("out/trip")), Strings{"b-p1.png"});

@@ -38,6 +38,7 @@ int runRender(const RenderArgs& args) {
     const bool outIsFolder = args.out != kStandardOutput && isFolderPath(args.out);
     const OutputFormat& format =
         chooseFormat(outputFormats(), args.drawing.format, args.out, " (a folder's name ends in /)");
+    if (format.name != "svg") refuseBinaryOnTerminal(args.out, format.name);  // SVG is text
 
     NoteJob job;
     job.note = args.note;
