@@ -106,7 +106,7 @@ std::vector<int> notePages(const std::string& path) {
     return pages;
 }
 
-std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
+std::optional<std::vector<ModuleItem>> readNoteHeaderItems(const std::string& path) {
     KwFileProcess file;
     KwFileIndexModule index;
     readIndex(file, index, path);
@@ -118,8 +118,14 @@ std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
     const bool read = readModuleItemFromFile(fp, items, sites.front());
     flushfsyncfclose(fp, false, false, true);
     if (!read) throw ToolError(path + ": the header module cannot be read");
+    return items;
+}
+
+std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
+    std::optional<std::vector<ModuleItem>> items = readNoteHeaderItems(path);
+    if (!items) return std::nullopt;
     KwFileFeatureModule header;
-    header.setInfoOfModuleFile(items);
+    header.setInfoOfModuleFile(*items);
     return header;
 }
 
