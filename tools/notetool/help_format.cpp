@@ -13,26 +13,22 @@ namespace {
 // Option names and the descriptions beside them: descriptions start in this column.
 constexpr std::size_t kNameColumn = 26;
 
-std::string wrapLine(const std::string& line, std::size_t width, std::size_t indent) {
+// Breaks at the last space that fits, keeping the line's own spacing ("  17  reason").
+std::string wrapLine(std::string line, std::size_t width, std::size_t indent) {
     const std::size_t lead = line.find_first_not_of(' ');
     if (lead == std::string::npos) return "";
     const std::string continued(lead > 0 ? std::max(indent, lead) : 0, ' ');
-    std::istringstream words(line.substr(lead));
-    std::string out = line.substr(0, lead);
-    std::size_t column = lead;
-    bool first = true;
-    for (std::string word; words >> word; first = false) {
-        if (!first && column + 1 + word.size() > width) {
-            out += "\n" + continued;
-            column = continued.size();
-        } else if (!first) {
-            out += ' ';
-            ++column;
-        }
-        out += word;
-        column += word.size();
+    std::string out;
+    while (line.size() > width) {
+        const std::size_t start = line.find_first_not_of(' ');
+        std::size_t cut = line.rfind(' ', width);
+        if (cut == std::string::npos || cut < start) cut = line.find(' ', start);  // a long word stays whole
+        const std::size_t next = cut == std::string::npos ? cut : line.find_first_not_of(' ', cut);
+        if (next == std::string::npos) break;
+        out += line.substr(0, line.find_last_not_of(' ', cut) + 1) + "\n";
+        line = continued + line.substr(next);
     }
-    return out;
+    return out + line;
 }
 
 // "--a", "--a and --b", "--a, --b and --c".
