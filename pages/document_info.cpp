@@ -5,10 +5,12 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "output_formats.h"
+#include "file_names.h"
 #include "page_reader.h"
 
 namespace notetool {
+
+const char* const kCreator = "notetool " NOTETOOL_VERSION;
 
 namespace {
 
