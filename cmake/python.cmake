@@ -27,10 +27,23 @@ if(DEFINED Python_EXECUTABLE)
         if(pybind11_FOUND)
             set(LIBNOTE_PYTHON_FOUND ON)
         endif()
-        # As the interpreter's own layout names it (lib/python3.X/site-packages).
+        # Where the interpreter itself looks: the first of its site folders that lies in the
+        # prefix's lib/ (Debian's python3 reads /usr/local/lib/python3.X/dist-packages for
+        # /usr/local and /usr/lib/python3/dist-packages for /usr, never a site-packages
+        # there). A prefix it does not read gets its install scheme's folder, and the install
+        # says which PYTHONPATH finds it (LIBNOTE_PYTHON_SITE_FOLDERS: the folders it reads).
         execute_process(
-            COMMAND ${Python_EXECUTABLE} -c
-                "import sysconfig; print(sysconfig.get_path('platlib', 'posix_prefix', {'base': '', 'platbase': ''}).lstrip('/'))"
-            OUTPUT_VARIABLE LIBNOTE_PYTHON_SITE_PACKAGES OUTPUT_STRIP_TRAILING_WHITESPACE)
+            COMMAND ${Python_EXECUTABLE} -c [=[
+import os, site, sys, sysconfig
+prefix = os.path.normpath(sys.argv[1])
+folders = [os.path.normpath(f) for f in site.getsitepackages()]
+inside = [os.path.relpath(f, prefix) for f in folders if f.startswith(os.path.join(prefix, "lib", ""))]
+scheme = sysconfig.get_path("platlib", "posix_prefix", {"base": prefix, "platbase": prefix})
+print(inside[0] if inside else os.path.relpath(scheme, prefix))
+print(";".join(folders))
+]=] ${CMAKE_INSTALL_PREFIX}
+            OUTPUT_VARIABLE LIBNOTE_PYTHON_SITE_FOLDERS OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        string(REPLACE "\n" ";" LIBNOTE_PYTHON_SITE_FOLDERS "${LIBNOTE_PYTHON_SITE_FOLDERS}")
+        list(POP_FRONT LIBNOTE_PYTHON_SITE_FOLDERS LIBNOTE_PYTHON_SITE_PACKAGES)
     endif()
 endif()

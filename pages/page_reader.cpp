@@ -62,6 +62,18 @@ void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std:
         if (background[i] != kNothing && background[i] != kWhiteInk) pixels[i] = background[i];
 }
 
+// An empty or cut-off file (an interrupted copy) is the commonest note that cannot be read,
+// and the library's code for it ("a read came back short") does not say so: the size does.
+// The shortest note holds its identification tag after its first 4 bytes and, at its end,
+// the index's site and the footer marker (4 bytes each).
+std::string whatTheSizeSays(const std::string& path) {
+    const long long shortest = 4 + static_cast<long long>(kwFileIdenificationTag.size()) + 8;
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0 || st.st_size >= shortest) return "not a readable note";
+    if (st.st_size == 0) return "empty file";
+    return std::to_string(static_cast<long long>(st.st_size)) + " bytes: too short for a note";
+}
+
 }  // namespace
 
 ToolError statusError(const std::string& what, int code) {
@@ -72,7 +84,7 @@ ToolError statusError(const std::string& what, int code) {
 void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path) {
     openNote(file, path);
     const int status = file.fetchIndex(index);
-    if (status != status::Ok) throw statusError(path + ": not a readable note", status);
+    if (status != status::Ok) throw statusError(path + ": " + whatTheSizeSays(path), status);
 }
 
 std::vector<int> notePages(const std::string& path) {
@@ -91,7 +103,7 @@ std::vector<int> notePages(const std::string& path) {
     return pages;
 }
 
-std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
+std::optional<std::vector<ModuleItem>> readNoteHeaderItems(const std::string& path) {
     KwFileProcess file;
     KwFileIndexModule index;
     readIndex(file, index, path);
@@ -103,8 +115,14 @@ std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
     const bool read = readModuleItemFromFile(fp, items, sites.front());
     flushfsyncfclose(fp, false, false, true);
     if (!read) throw ToolError(path + ": the header module cannot be read");
+    return items;
+}
+
+std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path) {
+    std::optional<std::vector<ModuleItem>> items = readNoteHeaderItems(path);
+    if (!items) return std::nullopt;
     KwFileFeatureModule header;
-    header.setInfoOfModuleFile(items);
+    header.setInfoOfModuleFile(*items);
     return header;
 }
 

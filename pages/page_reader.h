@@ -41,6 +41,8 @@ std::vector<int> notePages(const std::string& path);
 // The note's header module, found through the index's "FILE_FEATURE" entry; none when the
 // note has no header.
 std::optional<KwFileFeatureModule> readNoteHeader(const std::string& path);
+// The same module's items as the file holds them, text for text.
+std::optional<std::vector<ModuleItem>> readNoteHeaderItems(const std::string& path);
 
 // The page module's layer sites, page style and layer sequence (no strokes).
 KwPageFeatureModule readPageLayers(const std::string& path, int page);

@@ -304,7 +304,7 @@ TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
 
     const ToolRun r = notetool(dir, {"convert", a, dir.path("trip"), "-o", dir.path("pdf"), "--format", "pdf", "-j", "2"});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "notetool: " + dir.path("trip/bad.note") + ": not a readable note: a read failed, or a block, site or layer name is bad (code 17)\n");
+    EXPECT_EQ(r.err, "notetool: " + dir.path("trip/bad.note") + ": 17 bytes: too short for a note: a read failed, or a block, site or layer name is bad (code 17)\n");
     EXPECT_EQ(filesIn(dir.path("pdf")), (Strings{"a.pdf", "b.pdf"}));
 }
 
@@ -367,7 +367,7 @@ TEST(NotetoolInfo, JsonCarriesHeaderPagesAndStyles) {
     ScratchDir dir;
     notewriter::Note note;
     note.pages = {stackedPage()};
-    note.header = {{"FILE_TYPE", "NOTE"}, {"APP_VERTION", "7"}};
+    note.header = {{"FILE_TYPE", "NOTE"}, {"APP_VERTION", "7"}, {"FINALOPERATION_PAGE", "007"}};
     note.extraIndex = {{"STYLE_grid", "0"}};
     note.pages[0].extra = {{"PAGESTYLE", "grid"}};
     const std::string path = dir.write("i.note", notewriter::buildNote(note));
@@ -377,8 +377,13 @@ TEST(NotetoolInfo, JsonCarriesHeaderPagesAndStyles) {
     ASSERT_EQ(r.code, 0) << r.err;
     const auto json = nlohmann::json::parse(r.out)["notes"];
     EXPECT_EQ(json[0]["header"]["FILE_TYPE"], "NOTE");
-    EXPECT_EQ(json[0]["header"]["APP_VERSION"], 7);
+    // The header is the file's text; what notetool counts is a number.
+    EXPECT_EQ(json[0]["header"]["APP_VERSION"], "7");
+    EXPECT_EQ(json[0]["header"]["FINALOPERATION_PAGE"], "007");
     EXPECT_EQ(json[0]["header"]["DEVICE_DPI"], "none");
+    EXPECT_EQ(json[0]["pageCount"], 1);
+    EXPECT_EQ(json[0]["pages"][0]["number"], 1);
+    EXPECT_TRUE(json[0]["pages"][0]["strokes"].is_number());
     EXPECT_EQ(json[0]["styles"], nlohmann::json::parse("[\"grid\"]"));
     EXPECT_EQ(json[0]["pages"][0]["layers"], nlohmann::json::parse("[\"MAINLAYER\", \"LAYER1\", \"BGLAYER\"]"));
     EXPECT_EQ(json[0]["pages"][0]["style"], "grid");

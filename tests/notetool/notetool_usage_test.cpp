@@ -84,6 +84,8 @@ TEST(NotetoolUsage, ExtensionsAndListsAreReadAsMeant) {
 TEST(NotetoolUsage, FailuresSayWhatFailedInWords) {
     ScratchDir dir;
     dir.write("bad.note", "not a note at all, but long enough to be read as one");
+    dir.write("empty.note", "");
+    dir.write("short.note", std::string(31, 'x'));  // one byte short of the tag and the footer
     fs::create_directory(dir.path("folder.note"));
     struct Case {
         std::vector<std::string> args;
@@ -93,6 +95,10 @@ TEST(NotetoolUsage, FailuresSayWhatFailedInWords) {
         {{"info", dir.path("bad.note")},
          dir.path("bad.note") + ": not a readable note: " + status::statusText(status::ReadFailed) + " (code 17)"},
         {{"info", dir.path("folder.note")}, dir.path("folder.note") + ": Is a directory"},
+        {{"render", dir.path("empty.note"), "-o", dir.path("x.png")},
+         dir.path("empty.note") + ": empty file: " + status::statusText(status::ReadFailed) + " (code 17)"},
+        {{"thumbnail", dir.path("short.note"), dir.path("x.png")},
+         dir.path("short.note") + ": 31 bytes: too short for a note: " + status::statusText(status::ReadFailed) + " (code 17)"},
         {{"render", dir.path("missing.note"), "-o", dir.path("x.png")}, dir.path("missing.note") + ": No such file or directory"},
     };
     for (const Case& c : cases) {
@@ -114,6 +120,30 @@ TEST(NotetoolUsage, FailuresSayWhatFailedInWords) {
         const char* text = status::statusText(code);
         EXPECT_TRUE(!text || man.out.find(".B " + std::to_string(code) + "\n" + text) != std::string::npos) << code;
     }
+}
+
+// Binary on a terminal is garbage there, and can upset it: refused before the note is read,
+// whatever names standard output. Text (SVG) is the user's to look at.
+TEST(NotetoolUsage, BinaryIsNotWrittenOnATerminal) {
+    ScratchDir dir;
+    const std::string note = dir.write("n.note", notewriter::buildNote(boxPages(1)));
+    ToolSetup terminal;
+    terminal.terminalColumns = 80;
+    terminal.stdoutOnTerminal = true;
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"render", note, "-o", "-", "--format", "png"},
+             {"render", note, "--output=-", "--format", "pdf"},
+             {"thumbnail", note, "-"}}) {
+        const ToolRun r = notetool(dir, args, terminal);
+        EXPECT_EQ(r.code, 2) << args[0];
+        EXPECT_NE(r.err.find("standard output is a terminal; write it to a file with -o FILE, or into a pipe"),
+                  std::string::npos) << r.err;
+        EXPECT_EQ(r.err.find("PNG"), std::string::npos) << "binary reached the terminal";
+        EXPECT_EQ(r.err.find("%PDF"), std::string::npos) << "binary reached the terminal";
+    }
+    const ToolRun svg = notetool(dir, {"render", note, "-o", "-", "--format", "svg"}, terminal);
+    EXPECT_EQ(svg.code, 0);
+    EXPECT_NE(svg.err.find("<svg"), std::string::npos);
 }
 
 }  // namespace

@@ -46,6 +46,7 @@ struct ToolSetup {
     ToolLimits limits;
     std::string stdoutPath;   // standard output goes to this file (or device) instead of stdout.txt
     int terminalColumns = 0;  // > 0: standard error is a terminal this many columns wide
+    bool stdoutOnTerminal = false;  // with terminalColumns: standard output is that terminal too
 };
 
 inline std::string readWholeFile(const std::string& path) {
@@ -143,6 +144,7 @@ public:
         : outPath_(setup.stdoutPath.empty() ? (std::filesystem::path(dir) / "stdout.txt").string() : setup.stdoutPath),
           errPath_((std::filesystem::path(dir) / "stderr.txt").string()) {
         if (setup.terminalColumns > 0) terminal_ = std::make_unique<detail::Terminal>(setup.terminalColumns);
+        if (terminal_ && setup.stdoutOnTerminal) outPath_ = terminal_->slavePath();
         std::vector<char*> args;
         for (std::string& a : argv) args.push_back(a.data());
         args.push_back(nullptr);

@@ -81,6 +81,9 @@ void drawBarLocked() {
     g_bar.shown = true;
 }
 
+// The tool's own standard output, which redirectLibraryLog moves off descriptor 1.
+int g_toolOutput = STDOUT_FILENO;
+
 }  // namespace
 
 void redirectLibraryLog(const std::string& logPath) {
@@ -97,6 +100,13 @@ void redirectLibraryLog(const std::string& logPath) {
     ::dup2(sink, STDOUT_FILENO);
     ::close(sink);
     setStandardOutput(saved);
+    g_toolOutput = saved;
+}
+
+void refuseBinaryOnTerminal(const std::string& out, const std::string& what) {
+    if (out == kStandardOutput && ::isatty(g_toolOutput) == 1)
+        throw UsageError("--output -: " + what + " is binary and standard output is a terminal; write it to a file "
+                         "with -o FILE, or into a pipe (-o - | ...)");
 }
 
 void printOut(const std::string& text) { OutputFile(kStandardOutput).write(text.data(), text.size()); }

@@ -27,6 +27,11 @@ using UsageError = RequestError;
 // when the log file cannot be opened.
 void redirectLibraryLog(const std::string& logPath);
 
+// Binary output (a PNG, a PDF, a thumbnail) would fill a terminal with garbage: when `out` is
+// standard output and that is a terminal, throws UsageError pointing to -o FILE or a pipe.
+// `what` names the output ("png").
+void refuseBinaryOnTerminal(const std::string& out, const std::string& what);
+
 // Writes the text on the tool's standard output; throws OutputError when it cannot.
 void printOut(const std::string& text);
 

@@ -17,26 +17,23 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// The header's fields by file key, values numbers or text as the header module types them;
-// null when the note has none.
+// The header's fields by file key, each value the file's own text (the header is the note's
+// metadata, which a number would rewrite: "0226" is not 226), or the library's default text
+// where the file has no such item; null for a note without a header. A repeated key counts
+// by its last item, and "APP_VERTION" counts as "APP_VERSION", as the library reads them.
 ordered_json headerJson(const std::string& path) {
-    const std::optional<KwFileFeatureModule> header = readNoteHeader(path);
-    if (!header) return nullptr;
-    return ordered_json{{"MODULE_LABEL", header->moduleLabel},
-                        {"FILE_TYPE", header->fileType},
-                        {"APPLY_EQUIPMENT", header->applyEquipment},
-                        {"FINALOPERATION_PAGE", header->finalOperationPage},
-                        {"FINALOPERATION_LAYER", header->finalOperationLayer},
-                        {"ORIGINAL_STYLE", header->originalStyle},
-                        {"ORIGINAL_STYLEMD5", header->originalStyleMd5},
-                        {"DEVICE_DPI", header->deviceDpi},
-                        {"SOFT_DPI", header->softDpi},
-                        {"FILE_PARSE_TYPE", header->fileParseType},
-                        {"MORVA_ETMD", header->etmd},
-                        {"APP_VERSION", header->appVersion},
-                        {"FILE_ID", header->fileId},
-                        {"FILE_RECOGN_TYPE", header->fileRecognType},
-                        {"FILE_RECOGN_LANGUAGE", header->fileRecognLanguage}};
+    const std::optional<std::vector<ModuleItem>> items = readNoteHeaderItems(path);
+    if (!items) return nullptr;
+    std::vector<ModuleItem> defaults;
+    KwFileFeatureModule().produceVecMI(defaults);
+    ordered_json header = ordered_json::object();
+    for (const ModuleItem& field : defaults) {
+        header[field.key] = field.value;
+        for (const ModuleItem& item : *items)
+            if (item.key == field.key || (field.key == "APP_VERSION" && item.key == "APP_VERTION"))
+                header[field.key] = item.value;
+    }
+    return header;
 }
 
 // One page: the layers present (top first, as the page lists them), the stroke count from
@@ -107,10 +104,14 @@ std::string noteText(const ordered_json& note) {
 CLI::App* addInfoOptions(CLI::App& app, InfoArgs& args) {
     CLI::App* command = app.add_subcommand("info", "Show a note's header, pages, layers, stroke counts and styles");
     command->footer(
-        "Layers are listed top first, in drawing order (see render). With --json one document is printed: "
-        "{\"notes\": [{\"file\", \"header\" (the 15 header fields under their file keys, or null), \"pageCount\", "
-        "\"styles\" (the index's STYLE_ names), \"pages\": [{\"number\", \"layers\", \"layerSeq\", \"strokes\", "
-        "\"style\"}]}]}; a note that cannot be read is left out and reported on standard error.");
+        "Layers are listed top first, in drawing order (see render). With --json one document is printed, "
+        "{\"notes\": [NOTE, ...]}, a note that cannot be read left out and reported on standard error. "
+        "A NOTE has: \"file\" (the path given); \"header\" (null for a note without one, else the 15 header "
+        "fields under their file keys, MODULE_LABEL to FILE_RECOGN_LANGUAGE, each the file's own text, or the "
+        "library's default text where the file lacks it); \"pageCount\" (a number: the index's pages); \"styles\" (the index's STYLE_ "
+        "names, without STYLE_); \"pages\", one for each page read: \"number\" (a number), \"layers\" (the "
+        "layers drawn, top first), \"layerSeq\" (the page's LAYERSEQ text), \"strokes\" (a number: the stroke "
+        "block's count) and \"style\" (the page's style name).");
     command->add_option("FILE", args.notes, "Note files")->required();
     command->add_flag("--json", args.json, "Print JSON instead of text");
     return command;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "commands.h"
 #include "completion.h"
 #include "console.h"
+#include "help_format.h"
 #include "interrupts.h"
 #include "mime_info.h"
 #include "status.h"
@@ -32,11 +34,13 @@ const char* const kDescription =
     "as PNG images, as PDF (the picture, losslessly, or traced into vector outlines) and SVG, as pen strokes, "
     "and for whole folders at once.";
 
-const char* const kFooter =
+const char* const kExitStatus =
     "Exit codes: 0 all done; 1 some inputs failed or an output could not be written (each failure is one line on "
     "standard error, \"notetool: NOTE: OUTPUT: ...\"); 2 usage error, before anything is written; 128 + N when "
     "signal N ended the run (130 for Ctrl-C, 143 for SIGTERM, 129 for SIGHUP), which then removes its temporary "
-    "files and ends the progress line.\n"
+    "files and ends the progress line.";
+
+const char* const kOutput =
     "libNote writes its own log while it reads; notetool sends that log to the file given by --log "
     "(appended), or discards it, so that its own output stays clean. Output files are written under a "
     "temporary name and renamed once complete, so a failure never leaves a half-written file. An output "
@@ -54,8 +58,19 @@ std::vector<std::pair<int, const char*>> statusReasons() {
     return reasons;
 }
 
+// Commands as a user starts with them, for the manual's EXAMPLES.
+const char* const kExamples[][2] = {
+    {"notetool info note.note --json", "The header, pages, layers and stroke counts, as JSON."},
+    {"notetool render note.note -o pages/ --format png", "Every page as pages/note-p1.png, pages/note-p2.png, ..."},
+    {"notetool render note.note -o note.pdf --pages 1,3-4", "Pages 1, 3 and 4 as one PDF."},
+    {"notetool render note.note -o - --format pdf | lpr", "Print the note: binary goes to a pipe, never a terminal."},
+    {"notetool convert notes/ -o converted/ --format pdf -j 4 --update",
+     "Every note under notes/ as a PDF, four at a time, skipping those already done."},
+    {"notetool thumbnail note.note thumb.png -s 128", "The first page, fitted into 128 x 128 pixels."},
+};
+
 std::string footer() {
-    std::string text = kFooter;
+    std::string text = std::string(kExitStatus) + "\n" + kOutput;
     for (const auto& [code, reason] : statusReasons()) {
         const std::string number = std::to_string(code);
         text += "\n  " + std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + "  " + reason;
@@ -83,8 +98,11 @@ std::string roff(const std::string& text) {
 void manOptions(std::ostringstream& man, const CLI::App& app) {
     for (const CLI::Option* option : app.get_options()) {
         if (option->get_group().empty()) continue;  // hidden
-        man << ".TP\n.B " << roff(option->get_positional() ? option->get_name(true) : option->get_name(false, true))
-            << roff(option->get_description().empty() ? "Print this help and exit" : option->get_description());
+        const std::string argument = notetool::optionArgument(*option);
+        std::string name = roff(option->get_positional() ? option->get_name(true) : option->get_name(false, true));
+        name.pop_back();  // roff() ends the line
+        man << ".TP\n\\fB" << name << "\\fR" << (argument.empty() ? "" : " \\fI" + argument + "\\fR") << "\n"
+            << roff(notetool::optionDescription(*option));
     }
 }
 
@@ -102,8 +120,10 @@ std::string manPage(const CLI::App& app) {
             << roff(command->get_footer());
         manOptions(man, *command);
     }
-    man << ".SH EXIT STATUS AND OUTPUT\n" << roff(kFooter);
+    man << ".SH EXIT STATUS\n" << roff(kExitStatus) << ".SH OUTPUT\n" << roff(kOutput);
     for (const auto& [code, reason] : statusReasons()) man << ".TP\n.B " << code << "\n" << roff(reason);
+    man << ".SH EXAMPLES\n";
+    for (const auto& [command, what] : kExamples) man << ".TP\n.B " << roff(command) << roff(what);
     return man.str();
 }
 
@@ -151,11 +171,14 @@ int main(int argc, char** argv) {
     mallopt(M_TRIM_THRESHOLD, kKeptAllocation);
 
     CLI::App app(kDescription, "notetool");
+    // Before the commands are added: they take the formatter of the application.
+    app.formatter(std::make_shared<notetool::HelpFormatter>());
     app.footer(footer());
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", std::string(kCreator));
     std::string logPath;
-    offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)"));
+    offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)")
+                   ->type_name("FILE"));
     // The build writes these from the parser and the library, so that they never drift from
     // them: the manual page, the shell completion, and the file type of notes.
     bool man = false;

@@ -36,6 +36,7 @@ CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args) {
 int runRender(const RenderArgs& args) {
     const DrawingOptions options = drawingOptions(args.drawing);
     const OutputPlan plan = planOutput(outputRequest(args.out, args.drawing), kOptionNames);
+    if (plan.format.name != "svg") refuseBinaryOnTerminal(args.out, plan.format.name);  // SVG is text
 
     NoteJob job;
     job.note = args.note;

@@ -75,6 +75,7 @@ CLI::App* addThumbnailOptions(CLI::App& app, ThumbnailArgs& args) {
 }
 
 int runThumbnail(const ThumbnailArgs& args) {
+    refuseBinaryOnTerminal(args.out, "the thumbnail");
     // Taken before the note is read: a note that changes meanwhile gets a new thumbnail the
     // next time the file manager compares them.
     DocumentInfo info = documentInfo(args.note, 0, kCreator);

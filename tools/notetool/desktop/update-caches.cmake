@@ -14,15 +14,18 @@ foreach(tool_and_folder IN ITEMS "update-mime-database;mime" "update-desktop-dat
     if(NOT IS_DIRECTORY "${dir}")  # an install of one component (evince) may have none
         continue()
     endif()
-    find_program(tool_path NAMES ${tool} NO_CACHE NO_DEFAULT_PATH PATHS ENV PATH)
-    if(NOT tool_path)
+    # A variable of each tool's own: find_program keeps whatever a variable already holds, and
+    # this script runs inside cmake_install.cmake, which sets no policies (so no NO_CACHE).
+    find_program(${tool}_program NAMES ${tool})
+    if(NOT ${tool}_program)
         message(STATUS "${tool} is not installed: ${dir} is not cached")
         continue()
     endif()
-    execute_process(COMMAND ${tool_path} "${dir}" RESULT_VARIABLE result OUTPUT_QUIET)
+    # Its notes (a prefix outside XDG_DATA_DIRS) are only worth showing when it fails.
+    execute_process(COMMAND ${${tool}_program} "${dir}" RESULT_VARIABLE result OUTPUT_VARIABLE said ERROR_VARIABLE said)
     if(result EQUAL 0)
         message(STATUS "Updated the cache of ${dir}")
     else()
-        message(WARNING "${tool} ${dir} failed (${result}); the installed files are in place all the same")
+        message(WARNING "${tool} ${dir} failed (${result}): ${said}The installed files are in place all the same")
     endif()
 endforeach()
