@@ -5,8 +5,9 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "output_formats.h"
 #include "page_reader.h"
+#include "tool_error.h"
+
 
 namespace notetool {
 
@@ -29,6 +30,16 @@ double pageDpi(double requested, const std::string& deviceDpi) {
     return dpi >= kMinDpi && dpi <= kMaxDpi ? dpi : kDefaultDpi;
 }
 
+double noteDpi(const std::string& note, double requested) {
+    std::string deviceDpi;
+    try {
+        if (const auto header = readNoteHeader(note)) deviceDpi = header->deviceDpi;
+    } catch (const ToolError&) {
+        // A header that cannot be read gives the usual resolution; the pages say what is wrong.
+    }
+    return pageDpi(requested, deviceDpi);
+}
+
 double pagePoints(int pixels, double dpi, double scale) { return pixels * scale * 72.0 / dpi; }
 
 std::string creationDate() {
@@ -40,21 +51,6 @@ std::string creationDate() {
     char text[32];
     if (!::gmtime_r(&time, &utc) || std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc) == 0) return "";
     return text;
-}
-
-DocumentInfo documentInfo(const std::string& note, double requestedDpi, const std::string& creator) {
-    DocumentInfo info;
-    info.title = noteStem(note);
-    info.creator = creator;
-    info.created = creationDate();
-    std::string deviceDpi;
-    try {
-        if (const auto header = readNoteHeader(note)) deviceDpi = header->deviceDpi;
-    } catch (const ToolError&) {
-        // A header that cannot be read gives the usual resolution; the pages say what is wrong.
-    }
-    info.dpi = pageDpi(requestedDpi, deviceDpi);
-    return info;
 }
 
 }  // namespace notetool

@@ -33,6 +33,10 @@ struct DocumentInfo {
 // DEVICE_DPI when that is a number from kMinDpi to kMaxDpi, else kDefaultDpi.
 double pageDpi(double requested, const std::string& deviceDpi);
 
+// The resolution of the note's pages by pageDpi, from its header; a header that cannot be read
+// counts as none.
+double noteDpi(const std::string& note, double requested);
+
 // A page's size on paper, in PDF points (1/72 inch), of `pixels` page pixels drawn `scale`
 // times their size at `dpi` pixels per inch.
 double pagePoints(int pixels, double dpi, double scale);
@@ -42,7 +46,8 @@ double pagePoints(int pixels, double dpi, double scale);
 std::string creationDate();
 
 // The document info of a note: its title from the file name, its resolution from its header
-// (pageDpi), the creator and the creation date as given.
+// (pageDpi), the creator and the creation date as given. Part of the writers (libnote_pages),
+// which name files as the note is named.
 DocumentInfo documentInfo(const std::string& note, double requestedDpi, const std::string& creator);
 
 }  // namespace notetool
