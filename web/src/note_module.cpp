@@ -1,0 +1,192 @@
+// The WebAssembly module's interface: the page library's calls on a note that the JavaScript
+// side has put into the in-memory file system. Every call hands back a plain object, or
+// { error, code } when the library refuses, so that a bad note never becomes a trap that
+// would take the instance and every other open note with it.
+
+#include <emscripten/bind.h>
+#include <emscripten/val.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "document_info.h"
+#include "page_reader.h"
+#include "page_scaling.h"
+#include "page_strokes.h"
+#include "palette.h"
+#include "tool_error.h"
+
+namespace {
+
+using emscripten::val;
+using namespace notetool;
+
+// The library's status in a message that statusReason() worded: its trailing "(code N)".
+// (std::regex would double the module's size.)
+int statusOf(const std::string& message) {
+    const std::size_t at = message.rfind("(code ");
+    int code = 0;
+    char end = 0;
+    return at != std::string::npos && std::sscanf(message.c_str() + at, "(code %d%c", &code, &end) == 2 && end == ')' ? code : 0;
+}
+
+val failure(const std::string& message, int code) {
+    val result = val::object();
+    result.set("error", message);
+    result.set("code", code);
+    return result;
+}
+
+// Runs a call, turning what the page library throws into a failure. The library's log goes to
+// standard output, which is flushed so that the JavaScript side has all of this call's text.
+template <typename Call>
+val guarded(Call call) {
+    val result = val::undefined();
+    try {
+        result = call();
+    } catch (const ToolError& e) {
+        result = failure(e.what(), statusOf(e.what()));
+    } catch (const std::bad_alloc&) {
+        result = failure("out of memory", 0);
+    } catch (const std::exception& e) {
+        result = failure(e.what(), 0);
+    }
+    std::fflush(stdout);
+    return result;
+}
+
+val stringArray(const std::vector<std::string>& texts) {
+    val list = val::array();
+    for (const std::string& text : texts) list.call<void>("push", text);
+    return list;
+}
+
+val pages(std::string path) {
+    return guarded([&] {
+        val list = val::array();
+        for (int page : notePages(path)) list.call<void>("push", page);
+        return list;
+    });
+}
+
+// The page's size in pixels and on paper, by the rule of notetool's PDF pages.
+val pageSize(std::string path) {
+    return guarded([&] {
+        const double dpi = noteDpi(path, 0);
+        val size = val::object();
+        size.set("width", kPageWidth);
+        size.set("height", kPageHeight);
+        size.set("dpi", dpi);
+        size.set("widthPt", pagePoints(kPageWidth, dpi, 1));
+        size.set("heightPt", pagePoints(kPageHeight, dpi, 1));
+        return size;
+    });
+}
+
+// The layers the page has, top first, as notetool info lists them.
+val layers(std::string path, int page) {
+    return guarded([&] {
+        std::vector<std::string> order = drawingOrder(readPageLayers(path, page), LayerSelection());
+        std::reverse(order.begin(), order.end());
+        return stringArray(order);
+    });
+}
+
+// The image's RGBA bytes live here until the next render: the JavaScript side copies them.
+std::vector<uint8_t> rgba;
+
+void putPixel(uint8_t* out, uint32_t argb) {
+    out[0] = uint8_t(argb >> 16);
+    out[1] = uint8_t(argb >> 8);
+    out[2] = uint8_t(argb);
+    out[3] = uint8_t(argb >> 24);
+}
+
+// A whole-number scale repeats each page pixel, as the palette pictures of PNG output do.
+void enlarged(const uint8_t* pixels, int scale, bool transparent) {
+    const std::size_t width = std::size_t(kPageWidth) * scale;
+    rgba.resize(width * kPageHeight * scale * 4);
+    for (int y = 0; y < kPageHeight; ++y) {
+        uint8_t* row = rgba.data() + std::size_t(y) * scale * width * 4;
+        for (int x = 0; x < kPageWidth; ++x) {
+            const uint32_t colour = pixelColour(pixels[std::size_t(y) * kPageWidth + x], transparent);
+            for (int copy = 0; copy < scale; ++copy) putPixel(row + (std::size_t(x) * scale + copy) * 4, colour);
+        }
+        for (int copy = 1; copy < scale; ++copy) std::copy_n(row, width * 4, row + copy * width * 4);
+    }
+}
+
+// A smaller scale averages, as PNG output's reductions do: grey (and alpha) rows, each led by
+// a filter byte.
+void reduced(const uint8_t* pixels, int width, int height, bool transparent) {
+    const std::string rows = reducedRows(pixels, width, height, transparent);
+    const std::size_t channels = transparent ? 2 : 1;
+    rgba.resize(std::size_t(width) * height * 4);
+    const char* in = rows.data();
+    uint8_t* out = rgba.data();
+    for (int y = 0; y < height; ++y) {
+        ++in;  // the filter byte
+        for (int x = 0; x < width; ++x, in += channels, out += 4) {
+            out[0] = out[1] = out[2] = uint8_t(in[0]);
+            out[3] = transparent ? uint8_t(in[1]) : 0xFF;
+        }
+    }
+}
+
+// The page at `scale` (a whole number, or below 1) as RGBA; `only` empty draws every layer.
+val render(std::string path, int page, double scale, val only, bool transparent) {
+    return guarded([&] {
+        LayerSelection selection;
+        for (const std::string& name : emscripten::vecFromJSArray<std::string>(only)) selection.only.insert(name);
+        std::vector<uint8_t> pixels(kPagePixels);
+        composePage(path, page, selection, transparent, pixels.data());
+        const int width = scale < 1 ? scaledLength(kPageWidth, scale) : kPageWidth * int(scale);
+        const int height = scale < 1 ? scaledLength(kPageHeight, scale) : kPageHeight * int(scale);
+        if (scale < 1)
+            reduced(pixels.data(), width, height, transparent);
+        else
+            enlarged(pixels.data(), int(scale), transparent);
+        val image = val::object();
+        image.set("width", width);
+        image.set("height", height);
+        image.set("data", val(emscripten::typed_memory_view(rgba.size(), rgba.data())));
+        return image;
+    });
+}
+
+val strokes(std::string path, int page, int width, int height) {
+    return guarded([&] {
+        val list = val::array();
+        for (const MappedStroke& stroke : pageStrokes(path, page, width, height)) {
+            val points = val::array();
+            for (const MorvaPoint& p : stroke.points) {
+                val point = val::array();
+                point.call<void>("push", p.x);
+                point.call<void>("push", p.y);
+                points.call<void>("push", point);
+            }
+            val pressures = val::array();
+            for (uint16_t pressure : stroke.pressures) pressures.call<void>("push", pressure);
+            val item = val::object();
+            item.set("points", points);
+            item.set("pressures", pressures);
+            list.call<void>("push", item);
+        }
+        return list;
+    });
+}
+
+}  // namespace
+
+EMSCRIPTEN_BINDINGS(libnote) {
+    emscripten::function("layerNames", +[] { return stringArray(kDefaultLayerOrder); });
+    emscripten::function("pages", &pages);
+    emscripten::function("pageSize", &pageSize);
+    emscripten::function("layers", &layers);
+    emscripten::function("render", &render);
+    emscripten::function("strokes", &strokes);
+}
