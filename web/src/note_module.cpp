@@ -10,12 +10,13 @@
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "document_info.h"
 #include "page_reader.h"
-#include "page_scaling.h"
+#include "page_rgba.h"
 #include "page_strokes.h"
 #include "palette.h"
 #include "tool_error.h"
@@ -97,64 +98,22 @@ val layers(std::string path, int page) {
 }
 
 // The image's RGBA bytes live here until the next render: the JavaScript side copies them.
-std::vector<uint8_t> rgba;
-
-void putPixel(uint8_t* out, uint32_t argb) {
-    out[0] = uint8_t(argb >> 16);
-    out[1] = uint8_t(argb >> 8);
-    out[2] = uint8_t(argb);
-    out[3] = uint8_t(argb >> 24);
-}
-
-// A whole-number scale repeats each page pixel, as the palette pictures of PNG output do.
-void enlarged(const uint8_t* pixels, int scale, bool transparent) {
-    const std::size_t width = std::size_t(kPageWidth) * scale;
-    rgba.resize(width * kPageHeight * scale * 4);
-    for (int y = 0; y < kPageHeight; ++y) {
-        uint8_t* row = rgba.data() + std::size_t(y) * scale * width * 4;
-        for (int x = 0; x < kPageWidth; ++x) {
-            const uint32_t colour = pixelColour(pixels[std::size_t(y) * kPageWidth + x], transparent);
-            for (int copy = 0; copy < scale; ++copy) putPixel(row + (std::size_t(x) * scale + copy) * 4, colour);
-        }
-        for (int copy = 1; copy < scale; ++copy) std::copy_n(row, width * 4, row + copy * width * 4);
-    }
-}
-
-// A smaller scale averages, as PNG output's reductions do: grey (and alpha) rows, each led by
-// a filter byte.
-void reduced(const uint8_t* pixels, int width, int height, bool transparent) {
-    const std::string rows = reducedRows(pixels, width, height, transparent);
-    const std::size_t channels = transparent ? 2 : 1;
-    rgba.resize(std::size_t(width) * height * 4);
-    const char* in = rows.data();
-    uint8_t* out = rgba.data();
-    for (int y = 0; y < height; ++y) {
-        ++in;  // the filter byte
-        for (int x = 0; x < width; ++x, in += channels, out += 4) {
-            out[0] = out[1] = out[2] = uint8_t(in[0]);
-            out[3] = transparent ? uint8_t(in[1]) : 0xFF;
-        }
-    }
-}
+libnoteweb::RgbaImage image;
 
 // The page at `scale` (a whole number, or below 1) as RGBA; `only` empty draws every layer.
 val render(std::string path, int page, double scale, val only, bool transparent) {
     return guarded([&] {
         LayerSelection selection;
         for (const std::string& name : emscripten::vecFromJSArray<std::string>(only)) selection.only.insert(name);
+        if (!libnoteweb::drawableScale(scale)) throw std::invalid_argument("scale " + std::to_string(scale) + " cannot be drawn");
         std::vector<uint8_t> pixels(kPagePixels);
         composePage(path, page, selection, transparent, pixels.data());
-        const int width = scale < 1 ? scaledLength(kPageWidth, scale) : kPageWidth * int(scale);
-        const int height = scale < 1 ? scaledLength(kPageHeight, scale) : kPageHeight * int(scale);
-        if (scale < 1)
-            reduced(pixels.data(), width, height, transparent);
-        else
-            enlarged(pixels.data(), int(scale), transparent);
-        val image = val::object();
-        image.set("width", width);
-        image.set("height", height);
-        image.set("data", val(emscripten::typed_memory_view(rgba.size(), rgba.data())));
-        return image;
+        libnoteweb::pageRgba(pixels.data(), scale, transparent, image);
+        val result = val::object();
+        result.set("width", image.width);
+        result.set("height", image.height);
+        result.set("data", val(emscripten::typed_memory_view(image.data.size(), image.data.data())));
+        return result;
     });
 }
 
