@@ -4,7 +4,7 @@
 import { execFileSync } from 'node:child_process';
 import { existsSync, mkdtempSync, readFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { dirname, join } from 'node:path';
+import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { inflateSync } from 'node:zlib';
 
@@ -14,9 +14,9 @@ export const samplePath = join(sourceDir, 'examples', 'sample.note');
 export const distDir = join(webDir, 'dist');
 
 // The native build's programs: from ctest's environment, else the README's build folder.
-export const notetool = process.env.NOTETOOL ?? join(sourceDir, 'build', 'tools', 'notetool', 'notetool');
+export const notetool = resolve(process.env.NOTETOOL ?? join(sourceDir, 'build', 'tools', 'notetool', 'notetool'));
 export const notesMaker =
-    process.env.LIBNOTE_NOTES_MAKER ?? join(sourceDir, 'build', 'tests', 'python', 'make_python_notes');
+    resolve(process.env.LIBNOTE_NOTES_MAKER ?? join(sourceDir, 'build', 'tests', 'python', 'make_python_notes'));
 
 // Why the tests cannot run, or false.
 export function missing() {
