@@ -9,7 +9,7 @@
 // with the native build's benchmarks built (make-handwritten-note, web-native-render) and
 // the package built (cd web && npm ci && npm run build).
 
-import { execFileSync } from 'node:child_process';
+import { execFileSync, spawnSync } from 'node:child_process';
 import { readFileSync } from 'node:fs';
 import { join, resolve } from 'node:path';
 import { gzipSync } from 'node:zlib';
@@ -31,10 +31,12 @@ execFileSync(resolve(buildDir, 'bench', 'make-handwritten-note'), [note]);
 const bytes = readFileSync(note);
 
 function nativeRender() {
-    const lines = execFileSync(resolve(buildDir, 'bench', 'web-native-render'), [note, '1', '1', String(repeats)], {
+    const run = spawnSync(resolve(buildDir, 'bench', 'web-native-render'), [note, '1', '1', String(repeats)], {
         encoding: 'utf8',
+        maxBuffer: 1 << 26,
     });
-    const runs = lines.trim().split('\n').map((line) => line.split(' ').map(Number));
+    if (run.status !== 0) throw new Error(`web-native-render: ${run.stderr}`);
+    const runs = run.stderr.trim().split('\n').map((line) => line.split(' ').map(Number));
     return { wall: median(runs.map((run) => run[0])), cpu: median(runs.map((run) => run[1])) };
 }
 

@@ -2,7 +2,8 @@
 // timed, so that bench/web_bench.mjs compares the two builds on the same work in one run.
 //
 // Usage: web-native-render NOTE PAGE SCALE REPEATS
-// Prints one line per repeat: the wall time and the process's CPU time, in milliseconds.
+// Prints one line per repeat to standard error (standard output is the library's log): the
+// wall time and the process's CPU time, in milliseconds.
 
 #include <chrono>
 #include <cstdio>
@@ -46,7 +47,7 @@ int main(int argc, char** argv) {
             notetool::composePage(argv[1], page, {}, false, pixels.data());
             libnoteweb::pageRgba(pixels.data(), scale, false, image);
             const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - start;
-            std::printf("%.3f %.3f\n", wall.count(), cpuMilliseconds() - cpuStart);
+            std::fprintf(stderr, "%.3f %.3f\n", wall.count(), cpuMilliseconds() - cpuStart);
         }
     } catch (const std::exception& e) {
         std::fprintf(stderr, "web-native-render: %s\n", e.what());
