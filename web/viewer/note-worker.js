@@ -10,11 +10,10 @@ const handlers = {
         note?.close();
         note = null;
         note = await openNote(bytes, { name });
-        return {
-            pages: note.pages,
-            size: note.pageSize(note.pages[0]),
-            layers: Object.fromEntries(note.pages.map((page) => [page, note.layers(page)])),
-        };
+        return { pages: note.pages, size: note.pageSize(note.pages[0]) };
+    },
+    layers({ page }) {
+        return note.layers(page);
     },
     render({ page, scale, layers }) {
         const image = note.render(page, { scale, layers });

@@ -105,12 +105,23 @@ function updateControls() {
     }
 }
 
-function goTo(index) {
+// A page's layers are read when the page is first shown: a long note opens as fast as a short one.
+async function readLayers(number) {
+    state.layers[number] ??= await ask('layers', { page: number });
+}
+
+async function goTo(index) {
     if (!state.pages.length) return;
     state.index = Math.max(0, Math.min(state.pages.length - 1, index));
     updateControls();
     $('thumbs').children[state.index]?.scrollIntoView({ block: 'nearest' });
-    drawPage().catch((error) => showError(error.message));
+    try {
+        await readLayers(page());
+        updateControls(); // the layer toggles
+        await drawPage();
+    } catch (error) {
+        showError(error.message);
+    }
 }
 
 // Thumbnails are drawn as they scroll into sight, after the page on screen.
@@ -153,8 +164,9 @@ async function openBytes(bytes, name) {
     try {
         const note = await ask('open', { bytes, name }, [bytes.buffer]);
         if (generation !== state.generation) return;
-        Object.assign(state, { name, pages: note.pages, layers: note.layers, size: note.size, index: 0 });
+        Object.assign(state, { name, pages: note.pages, layers: {}, size: note.size, index: 0 });
         state.hidden.clear();
+        await readLayers(page());
         $('hint').hidden = true;
         document.title = `${name} – Note viewer`;
         setPaperSize(note.size);
