@@ -97,7 +97,9 @@ val layers(std::string path, int page) {
     });
 }
 
-// The image's RGBA bytes live here until the next render: the JavaScript side copies them.
+// The composited page and its RGBA image live here from one render to the next (the
+// JavaScript side copies the image), so that a render allocates nothing.
+std::vector<uint8_t> pixels(kPagePixels);
 libnoteweb::RgbaImage image;
 
 // The page at `scale` (a whole number, or below 1) as RGBA; `only` empty draws every layer.
@@ -106,7 +108,6 @@ val render(std::string path, int page, double scale, val only, bool transparent)
         LayerSelection selection;
         for (const std::string& name : emscripten::vecFromJSArray<std::string>(only)) selection.only.insert(name);
         if (!libnoteweb::drawableScale(scale)) throw std::invalid_argument("scale " + std::to_string(scale) + " cannot be drawn");
-        std::vector<uint8_t> pixels(kPagePixels);
         composePage(path, page, selection, transparent, pixels.data());
         libnoteweb::pageRgba(pixels.data(), scale, transparent, image);
         val result = val::object();

@@ -44,9 +44,12 @@ void enlarged(const uint8_t* pixels, int scale, bool transparent, RgbaImage& ima
     for (int y = 0; y < kPageHeight; ++y) {
         uint8_t* row = image.data.data() + std::size_t(y) * scale * rowBytes;
         const uint8_t* in = pixels + std::size_t(y) * kPageWidth;
-        for (int x = 0; x < kPageWidth; ++x)
-            for (int copy = 0; copy < scale; ++copy)
-                std::memcpy(row + (std::size_t(x) * scale + copy) * 4, &words[in[x]], 4);
+        if (scale == 1)  // the common case, without the inner loop
+            for (int x = 0; x < kPageWidth; ++x) std::memcpy(row + std::size_t(x) * 4, &words[in[x]], 4);
+        else
+            for (int x = 0; x < kPageWidth; ++x)
+                for (int copy = 0; copy < scale; ++copy)
+                    std::memcpy(row + (std::size_t(x) * scale + copy) * 4, &words[in[x]], 4);
         for (int copy = 1; copy < scale; ++copy) std::copy_n(row, rowBytes, row + copy * rowBytes);
     }
 }
