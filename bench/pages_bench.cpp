@@ -15,6 +15,7 @@
 #include "inputs.h"
 #include "output_file.h"
 #include "output_formats.h"
+#include "output_plan.h"
 #include "page_reader.h"
 #include "palette.h"
 #include "palette_picture.h"
@@ -113,7 +114,7 @@ void encode(benchmark::State& state, const char* format, bool vector) {
     DrawingOptions options;
     options.vector = vector;
     OutputFile sink("/dev/null");  // encoding writes nothing
-    const std::unique_ptr<PageWriter> writer = formatNamed(format)->open(sink, options, DocumentInfo{});
+    const std::unique_ptr<PageWriter> writer = formatByName(outputFormats(), format)->open(sink, options, DocumentInfo{});
     const std::vector<uint8_t>& pixels = fullPage();
     std::size_t size = 0;
     for (auto _ : state) {

@@ -3,8 +3,10 @@
 //
 // Usage: note-info <file.note>
 //
-// The library writes its own log to standard output while it reads; this program collects
-// its answers first and prints them afterwards, each line led by "note-info: ".
+// A host program: it includes only the library's installed headers, as a program built
+// against an installed libNote does. The library writes its own log to standard output while
+// it reads; this program collects its answers first and prints them afterwards, each line led
+// by "note-info: ".
 
 #include <cstdio>
 #include <exception>
@@ -13,10 +15,27 @@
 
 #include "kwdatafile.h"
 #include "kwdataoperationfile.h"
-#include "layers.h"
-#include "status.h"
+#include "kwpagefeaturemodule.h"
 
 namespace {
+
+// The five layers of a page, top first: the page key, where the page keeps the layer's site,
+// and the flag that makes a page read take it.
+struct Layer {
+    const char* name;
+    int KwPageFeatureModule::*site;
+    bool PageFeatureReadFlag::*readFlag;
+};
+const Layer kLayers[] = {
+    {"MAINLAYER", &KwPageFeatureModule::mainLayerSite, &PageFeatureReadFlag::mainLayer},
+    {"LAYER1", &KwPageFeatureModule::layer1Site, &PageFeatureReadFlag::layer1},
+    {"LAYER2", &KwPageFeatureModule::layer2Site, &PageFeatureReadFlag::layer2},
+    {"LAYER3", &KwPageFeatureModule::layer3Site, &PageFeatureReadFlag::layer3},
+    {"BGLAYER", &KwPageFeatureModule::bgLayerSite, &PageFeatureReadFlag::bgLayer},
+};
+
+// The calls' status for success.
+constexpr int kOk = 0;
 
 struct PageInfo {
     int number = 0;
@@ -27,7 +46,7 @@ struct PageInfo {
 
 std::string layersPresent(const KwPageFeatureModule& page) {
     std::string names;
-    for (const noteformat::Layer& layer : noteformat::kLayers)
+    for (const Layer& layer : kLayers)
         if (page.*layer.site != 0) names += std::string(names.empty() ? "" : " ") + layer.name;
     return names.empty() ? "none" : names;
 }
@@ -35,7 +54,7 @@ std::string layersPresent(const KwPageFeatureModule& page) {
 // Reads the layer sites and only the head of the stroke block, which carries the count.
 PageInfo readPage(KwFileProcess& file, int number) {
     PageFeatureReadFlag flags;
-    noteformat::selectAllLayers(flags);
+    for (const Layer& layer : kLayers) flags.*layer.readFlag = true;
     flags.totalPath = flags.totalPathHead = true;
     KwPageFeatureModule page;
     PageInfo info;
@@ -58,7 +77,7 @@ int main(int argc, char** argv) {
     const int pageCount = KwDataOperationFile().fetchTotalPageNumOfNote(path);
     KwFileProcess file;
     KwFileIndexModule index;
-    if (pageCount < 0 || !file.init_datafile(path) || file.fetchIndex(index) != status::Ok) {
+    if (pageCount < 0 || !file.init_datafile(path) || file.fetchIndex(index) != kOk) {
         std::fprintf(stderr, "\nnote-info: cannot read %s\n", path.c_str());
         return 1;
     }
@@ -76,7 +95,7 @@ int main(int argc, char** argv) {
         std::printf("note-info: index %s at %d\n", entry.name.c_str(), entry.site);
     int failures = 0;
     for (const PageInfo& page : pages) {
-        if (page.status != status::Ok) {
+        if (page.status != kOk) {
             std::printf("note-info: page %d unreadable (status %d)\n", page.number, page.status);
             ++failures;
             continue;

@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "file_names.h"
 #include "page_reader.h"
 #include "tool_error.h"
 
-
 namespace notetool {
+
+const char* const kCreator = "notetool " NOTETOOL_VERSION;
 
 namespace {
 
@@ -51,6 +53,15 @@ std::string creationDate() {
     char text[32];
     if (!::gmtime_r(&time, &utc) || std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc) == 0) return "";
     return text;
+}
+
+DocumentInfo documentInfo(const std::string& note, double requestedDpi, const std::string& creator) {
+    DocumentInfo info;
+    info.title = noteStem(note);
+    info.creator = creator;
+    info.created = creationDate();
+    info.dpi = noteDpi(note, requestedDpi);
+    return info;
 }
 
 }  // namespace notetool

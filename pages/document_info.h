@@ -18,9 +18,13 @@ constexpr double kDefaultDpi = 226;
 constexpr double kMinDpi = 50;
 constexpr double kMaxDpi = 2400;
 
+// notetool and its version: what --version prints, and the maker that the files of the page
+// writers name, whichever host writes them, so that they are the same bytes from every host.
+extern const char* const kCreator;
+
 struct DocumentInfo {
     std::string title;    // the note's name: "sample" for notes/sample.note
-    std::string creator;  // the program that wrote the file, "notetool 1.0"
+    std::string creator;  // the program that wrote the file, kCreator
     std::string created;  // ISO 8601 in UTC, or empty: no date, so that the bytes stay the same
     double dpi = kDefaultDpi;  // page pixels per inch on paper, before the scale
     // Keys and texts written as they are by the formats that carry such pairs (a PNG's tEXt
@@ -46,8 +50,7 @@ double pagePoints(int pixels, double dpi, double scale);
 std::string creationDate();
 
 // The document info of a note: its title from the file name, its resolution from its header
-// (pageDpi), the creator and the creation date as given. Part of the writers (libnote_pages),
-// which name files as the note is named.
+// (pageDpi), the creator and the creation date as given.
 DocumentInfo documentInfo(const std::string& note, double requestedDpi, const std::string& creator);
 
 }  // namespace notetool

@@ -40,9 +40,9 @@ std::string followLinks(const std::string& path) {
 }  // namespace
 
 OutputError::OutputError(const std::string& output, int error)
-    : ToolError(output + ": " + std::strerror(error)), error(error) {}
+    : ToolError(output + ": " + std::strerror(error), {std::nullopt, error, output}) {}
 
-bool OutputError::outOfSpace() const { return error == ENOSPC || error == EDQUOT; }
+bool OutputError::outOfSpace() const { return cause.error == ENOSPC || cause.error == EDQUOT; }
 
 std::string outputName(const std::string& path) { return path == kStandardOutput ? "standard output" : path; }
 

@@ -19,10 +19,10 @@
 
 namespace notetool {
 
-// An output that cannot be written, worded "<output>: <the system's reason>".
+// An output that cannot be written, worded "<output>: <the system's reason>", the errno and
+// the output in its cause.
 struct OutputError : ToolError {
     OutputError(const std::string& output, int error);
-    int error;  // the errno value
     // The disk or the user's quota is full: nothing else will fit either.
     bool outOfSpace() const;
 };

@@ -7,14 +7,22 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
+#include "file_names.h"
+#include "output_plan.h"
 #include "palette.h"
-#include "tool_error.h"
 
 namespace notetool {
 
 namespace {
+
+// What the exception says, and its cause when it is one of ours.
+Failure failureOf(const std::exception& e) {
+    const auto* tool = dynamic_cast<const ToolError*>(&e);
+    return {e.what(), tool ? tool->cause : Cause{}};
+}
 
 // Where a run is, as its threads share it.
 struct Run {
@@ -32,7 +40,7 @@ struct Run {
     }
 
     // A page that cannot be read: the reader's message names the note and the page.
-    void readFailed(const std::string& message) const { events.failed(message); }
+    void readFailed(const Failure& failure) const { events.failed(failure); }
 
     // An output that cannot be written, named after the note. A writer's own message
     // (cairo, potrace) may not name the output; an OutputError names it already. The disk
@@ -41,8 +49,11 @@ struct Run {
         const auto* output = dynamic_cast<const OutputError*>(&e);
         if (output && output->outOfSpace() && outOfSpace.exchange(true)) return;
         const std::string name = outputName(path);
-        const std::string what = e.what();
-        events.failed(job.note + ": " + (what.compare(0, name.size() + 1, name + ":") == 0 ? what : name + ": " + what));
+        Failure failure = failureOf(e);
+        const std::string& what = failure.message;
+        failure.message = job.note + ": " + (what.compare(0, name.size() + 1, name + ":") == 0 ? what : name + ": " + what);
+        if (failure.cause.file.empty()) failure.cause.file = name;
+        events.failed(failure);
     }
 };
 
@@ -71,7 +82,7 @@ NoteResult renderPages(const Run& run, int workers) {
         try {
             composePage(job.note, page, run.options.layers, run.options.transparent, pixels.data());
         } catch (const std::exception& e) {  // one odd page must not end the whole run
-            run.readFailed(e.what());
+            run.readFailed(failureOf(e));
             ++failed;
             run.pageDone();
             return;
@@ -95,7 +106,7 @@ NoteResult renderPages(const Run& run, int workers) {
     });
     if (!job.strict) return {written, failed};
     if (failed > 0 || run.stopped()) {  // the completed files go with their temporary names
-        if (failed > 0) run.events.failed(job.note + ": no page written (--strict)");
+        if (failed > 0) run.events.failed({job.note + ": no page written (--strict)", {}});
         return {0, failed + written};
     }
     NoteResult result;
@@ -176,7 +187,7 @@ void inPageOrder(int count, int workers, const std::function<Result(int)>& make,
 // made (rethrown as the document's failure when its turn comes).
 struct ReadyPage {
     EncodedPage encoded;
-    std::string readError;
+    std::optional<Failure> readError;
     std::exception_ptr encodeError;
 };
 
@@ -188,7 +199,7 @@ ReadyPage preparePage(const Run& run, const PageWriter& document, int page) {
     try {
         composePage(run.job.note, page, run.options.layers, run.options.transparent, pixels.data());
     } catch (const std::exception& e) {
-        ready.readError = e.what();
+        ready.readError = failureOf(e);
         if (run.job.strict) return ready;  // the document will not be written
         std::memset(pixels.data(), kNothing, kPagePixels);
     }
@@ -218,14 +229,17 @@ NoteResult renderDocument(const Run& run, int workers) {
                             return false;
                         }
                         if (page.encodeError) std::rethrow_exception(page.encodeError);
-                        if (!page.readError.empty()) {
+                        if (page.readError) {
+                            Failure& failure = *page.readError;
                             if (job.strict) {
-                                run.readFailed(page.readError + "; " + file.name() + " not written");
+                                failure.message += "; " + file.name() + " not written";
+                                run.readFailed(failure);
                                 stop = true;
                                 result = {0, count};
                                 return false;
                             }
-                            run.readFailed(page.readError + "; a blank page in its place");
+                            failure.message += "; a blank page in its place";
+                            run.readFailed(failure);
                             ++result.failed;
                         } else {
                             ++result.written;
@@ -261,7 +275,9 @@ std::vector<std::string> jobOutputs(const NoteJob& job, const OutputFormat& form
     return paths;
 }
 
-int defaultWorkers() { return static_cast<int>(std::max(1u, std::thread::hardware_concurrency())); }
+int defaultWorkers() {
+    return std::min(static_cast<int>(kWorkerBounds.max), static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
+}
 
 void parallelFor(int count, int workers, const std::function<void(int)>& body) {
     const int threads = std::min(count, workers);

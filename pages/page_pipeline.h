@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "output_formats.h"
+#include "tool_error.h"
 
 namespace notetool {
 
@@ -30,8 +31,9 @@ struct NoteJob {
 
 // What a run shares with its host, from any of its threads.
 struct PageEvents {
-    // Each failure, worded as an error line after "notetool: ", the note named first.
-    std::function<void(const std::string& message)> failed;
+    // Each failure, its message worded as an error line after "notetool: ", the note named
+    // first.
+    std::function<void(const Failure& failure)> failed;
     // Each page done (may be left empty).
     std::function<void()> pageDone;
     // Set once an output cannot be written for want of space (ENOSPC, EDQUOT), shared by the
@@ -54,7 +56,7 @@ NoteResult renderNote(const NoteJob& job, const OutputFormat& format, const Draw
 // The files the job writes: its document or single page, or a file per page.
 std::vector<std::string> jobOutputs(const NoteJob& job, const OutputFormat& format);
 
-// The number of workers to use when none is given: one per core.
+// The number of workers to use when none is given: one per core, within kWorkerBounds.
 int defaultWorkers();
 
 // Runs body(i) for i in [0, count) on up to `workers` threads.

@@ -12,7 +12,6 @@
 #include "layers.h"
 #include "palette.h"
 #include "status.h"
-#include "tool_error.h"
 
 namespace notetool {
 
@@ -34,9 +33,7 @@ int layerSite(const KwPageFeatureModule& page, const std::string& layer) {
     return page.*noteformat::findLayer(layer)->site;
 }
 
-std::string pageError(const std::string& path, int page, const std::string& what) {
-    return path + ": page " + std::to_string(page) + ": " + what;
-}
+std::string pageName(const std::string& path, int page) { return path + ": page " + std::to_string(page); }
 
 // Binds the library's reader to the note. Notes are read out of order, so only a regular
 // file will do: a FIFO would make the reader wait forever. The system's reason is given
@@ -59,7 +56,7 @@ void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std:
     if (paperLeftOut) background.assign(kPagePixels, kNothing);
     uint8_t* target = paperLeftOut ? background.data() : pixels;
     const int status = loader.fetchNoteDataFromFileByLayer(path, page, layer, reinterpret_cast<char*>(target));
-    if (status != status::Ok) throw ToolError(pageError(path, page, "layer " + layer + ": " + statusReason(status)));
+    if (status != status::Ok) throw statusError(pageName(path, page) + ": layer " + layer, status);
     if (!paperLeftOut) return;
     for (std::size_t i = 0; i < kPagePixels; ++i)
         if (background[i] != kNothing && background[i] != kWhiteInk) pixels[i] = background[i];
@@ -67,15 +64,15 @@ void drawLayer(KwDataLoad& loader, const std::string& path, int page, const std:
 
 }  // namespace
 
-std::string statusReason(int code) {
+ToolError statusError(const std::string& what, int code) {
     const char* text = status::statusText(code);
-    return std::string(text ? text : "an unknown failure") + " (code " + std::to_string(code) + ")";
+    return ToolError(what + ": " + (text ? text : "an unknown failure") + " (code " + std::to_string(code) + ")", {code, 0, {}});
 }
 
 void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path) {
     openNote(file, path);
     const int status = file.fetchIndex(index);
-    if (status != status::Ok) throw ToolError(path + ": not a readable note: " + statusReason(status));
+    if (status != status::Ok) throw statusError(path + ": not a readable note", status);
 }
 
 std::vector<int> notePages(const std::string& path) {
@@ -119,7 +116,7 @@ KwPageFeatureModule readPageLayers(const std::string& path, int page) {
     KwPageFeatureModule module;
     openNote(file, path);
     const int status = file.fetchPageFeature(module, page, flags);
-    if (status != status::Ok) throw ToolError(pageError(path, page, statusReason(status)));
+    if (status != status::Ok) throw statusError(pageName(path, page), status);
     return module;
 }
 

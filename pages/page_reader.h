@@ -13,6 +13,7 @@
 #include "kwdatafile.h"
 #include "kwfilefeaturemodule.h"
 #include "kwpagefeaturemodule.h"
+#include "tool_error.h"
 
 namespace notetool {
 
@@ -27,9 +28,9 @@ struct LayerSelection {
     bool allows(const std::string& layer) const;
 };
 
-// A status code of the library as an error line gives it: its reason in words and the code,
-// "the index cannot be read (code 14)".
-std::string statusReason(int code);
+// libNote's refusal, worded "<what>: <the code's reason> (code N)" ("a.note: not a readable
+// note: the index cannot be read (code 14)"), with the code in its cause.
+ToolError statusError(const std::string& what, int code);
 
 // Binds the library's reader to the note and reads its index.
 void readIndex(KwFileProcess& file, KwFileIndexModule& index, const std::string& path);

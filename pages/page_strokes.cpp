@@ -20,7 +20,7 @@ std::vector<MappedStroke> pageStrokes(const std::string& path, int page, int wid
         // libNote's documented answer to a stroke section with a negative count.
         throw ToolError(where + "strokes cannot be read (a stroke has a negative count)");
     }
-    if (status != status::Ok) throw ToolError(where + "strokes: " + statusReason(status));
+    if (status != status::Ok) throw statusError(where + "strokes", status);
     std::vector<MappedStroke> strokes;
     for (const TrailContainer& trail : trails) {
         MappedStroke stroke{{}, trail.pressures};

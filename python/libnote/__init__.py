@@ -102,38 +102,27 @@ class Note:
         ``path`` is a file for a PDF or a single page, otherwise a folder (made when
         missing, or named with a trailing "/") of ``<note>-p<N>.<ext>`` files. ``format``
         is "png", "pdf" or "svg"; without it, the extension of ``path`` decides, else PNG.
-        ``pages`` are the index's page numbers (default: all). ``scale``, ``background``,
-        ``layers``, ``transparent``, ``raster`` (SVG: the picture, not outlines), ``vector``
-        (PDF: outlines, not the picture), ``dpi`` (0: the note's own) and ``strict`` draw and
-        write the pages as notetool's options of the same names do; ``workers``
-        threads share the pages.
+        ``pages`` are the index's page numbers (default: all). ``scale`` (0.05 to 16),
+        ``background``, ``layers``, ``transparent``, ``raster`` (SVG: the picture, not
+        outlines), ``vector`` (PDF: outlines, not the picture), ``dpi`` (50 to 2400; 0: the
+        note's own) and ``strict`` draw and write the pages as notetool's options of the same
+        names do; ``workers`` threads (1 to 256) share the pages.
 
-        Files appear only when complete. Raises NoteError when a page cannot be read, after
-        writing the rest (a blank page stands in for it in a document) or, with ``strict``,
-        nothing at all; OSError when a file cannot be written.
+        Raises ValueError for what notetool refuses as a usage error, in its words: an
+        unknown format, an extension of ``path`` that is no format's ("x.jpg") or not the
+        one ``format`` names, a number out of its bounds. Files appear only when complete.
+        Raises NoteError when a page cannot be read, after writing the rest (a blank page
+        stands in for it in a document) or, with ``strict``, nothing at all; OSError when a
+        file cannot be written, of the subclass its errno chooses (PermissionError, ...), with
+        ``errno`` and ``filename`` set.
         """
-        path = os.fspath(path)
         if raster and vector:
             raise ValueError("raster and vector exclude each other")
-        if not scale > 0:
-            raise ValueError("scale must be greater than 0")
         unknown = [name for name in (layers or ()) if name not in LAYERS]
         if unknown:
             raise ValueError(f"unknown layers {unknown}: the layers are {', '.join(LAYERS)}")
-        name, per_page = _chosen_format(format, path)
-        chosen = self._chosen_pages(pages)
-
-        is_folder = os.path.isdir(path) or path.endswith("/")
-        file, folder = "", ""
-        if not per_page and is_folder:
-            file = os.path.join(path, _libnote.note_stem(self.path) + _extension(name))
-        elif (not per_page or len(chosen) == 1) and not is_folder:
-            file = path
-        else:
-            folder = path
-        os.makedirs(folder or os.path.dirname(file) or ".", exist_ok=True)
-        _libnote.save(self.path, chosen, self._numbers[-1], file, folder, name, scale, background,
-                      list(layers or ()), transparent, raster, vector, dpi, strict, workers)
+        _libnote.save(self.path, self._chosen_pages(pages), self._numbers[-1], os.fspath(path), format or "", scale,
+                      background, list(layers or ()), transparent, raster, vector, dpi, strict, workers)
 
     def _chosen_pages(self, pages: Optional[Sequence[int]]) -> List[int]:
         if not self._numbers:
@@ -209,16 +198,3 @@ class Page:
 
     def __repr__(self) -> str:
         return f"<libnote.Page {self.number} of {self.note.path!r}>"
-
-
-def _chosen_format(format: Optional[str], path: str) -> Tuple[str, bool]:
-    table = {name: per_page for name, _, per_page in _libnote.formats()}
-    if format is None:
-        format = _libnote.format_of_path(path) or _libnote.formats()[0][0]
-    if format not in table:
-        raise ValueError(f"unknown format {format!r}: the formats are {', '.join(table)}")
-    return format, table[format]
-
-
-def _extension(format: str) -> str:
-    return next(extensions[0] for name, extensions, _ in _libnote.formats() if name == format)

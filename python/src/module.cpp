@@ -1,7 +1,9 @@
 // libnote._libnote: the compiled half of the Python package. It reads notes through libNote
-// and the page library, releases the GIL for every call into them, and turns what
-// they refuse into NoteFailure, which Python sees as libnote.NoteError. The classes a user
-// meets (Note, Page) are in the pure-Python half, libnote/__init__.py.
+// and the page library and releases the GIL for every call into them. What they refuse is a
+// ToolError, which Python sees as libnote.NoteError with its status code, or as the OSError
+// of its errno when an output cannot be written; a request that the page library's checks
+// refuse is a ValueError. The classes a user meets (Note, Page) are in the pure-Python half,
+// libnote/__init__.py.
 
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
@@ -21,7 +23,7 @@
 #include "config.h"
 #include "kwdataload.h"
 #include "log_sink.h"
-#include "output_formats.h"
+#include "output_plan.h"
 #include "page_pipeline.h"
 #include "page_reader.h"
 #include "palette.h"
@@ -38,32 +40,16 @@ using notetool::kPageHeight;
 using notetool::kPagePixels;
 using notetool::kPageWidth;
 
-// A failure of the library or of a note: the library's status code when there is one.
-struct NoteFailure : std::runtime_error {
-    NoteFailure(std::optional<int> code, const std::string& message) : std::runtime_error(message), code(code) {}
-    std::optional<int> code;
-};
-
-// the page library words a refused call as "... (code N)"; the number is the
-// library's status code.
-std::optional<int> codeIn(const std::string& message) {
-    const std::size_t at = message.rfind("(code ");
-    if (at == std::string::npos) return std::nullopt;
-    try {
-        return std::stoi(message.substr(at + 6));
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-}
+using notetool::ToolError;
 
 std::string pageText(const std::string& path, int page) { return path + ": page " + std::to_string(page); }
 
 void checkStatus(int status, const std::string& what) {
-    if (status != status::Ok) throw NoteFailure(status, what + " (code " + std::to_string(status) + ")");
+    if (status != status::Ok) throw ToolError(what + " (code " + std::to_string(status) + ")", {status, 0, {}});
 }
 
 // Runs work without the GIL, as the library's work for the log, and words every way it can
-// fail as a NoteFailure. The library itself raises standard exceptions for some files (a
+// fail as a ToolError. The library itself raises standard exceptions for some files (a
 // page number that is no number); those are the note's fault too.
 template <class Work>
 auto libraryCall(Work&& work) -> decltype(work()) {
@@ -71,14 +57,12 @@ auto libraryCall(Work&& work) -> decltype(work()) {
     LibraryWork marked;
     try {
         return work();
-    } catch (const NoteFailure&) {
+    } catch (const ToolError&) {
         throw;
-    } catch (const notetool::ToolError& e) {
-        throw NoteFailure(codeIn(e.what()), e.what());
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& e) {
-        throw NoteFailure(std::nullopt, e.what());
+        throw ToolError(e.what());
     }
 }
 
@@ -141,7 +125,7 @@ py::array_t<uint32_t> layerColours(const std::string& path, int page, const std:
             // loadImageData gives no reason; the picture call of the same layer does.
             std::vector<uint8_t> scratch(kPagePixels);
             fetchLayer(path, page, layer, scratch.data());
-            throw NoteFailure(std::nullopt, layerText(path, page, layer));
+            throw ToolError(layerText(path, page, layer));
         }
         return loaded;
     });
@@ -216,9 +200,9 @@ py::array_t<uint16_t> pressureArray(const Stroke& stroke) {
 py::array_t<int32_t> strokeOnImage(const Stroke& stroke, int width, int height) {
     if (width < 1 || height < 1) throw py::value_error("width and height must be at least 1");
     if (stroke->maxX == 0 || stroke->maxY == 0)
-        throw NoteFailure(std::nullopt, "the stroke has no digitizer range (maxX or maxY is 0)");
+        throw ToolError("the stroke has no digitizer range (maxX or maxY is 0)");
     if (stroke->m_emrPointAxis < 0 || stroke->m_emrPointAxis > 3)
-        throw NoteFailure(std::nullopt, "the stroke's axis value " + std::to_string(stroke->m_emrPointAxis) + " is not 0 to 3");
+        throw ToolError("the stroke's axis value " + std::to_string(stroke->m_emrPointAxis) + " is not 0 to 3");
     std::vector<MorvaPoint> mapped;
     // Onto the last pixel index, as notetool's strokes command maps them.
     libraryCall([&] { mappingTrailPoints2imageSize(*stroke, width, height, mapped, 1); });
@@ -227,91 +211,68 @@ py::array_t<int32_t> strokeOnImage(const Stroke& stroke, int width, int height) 
 
 // ---- Writing ----
 
-py::list formatTable() {
-    py::list table;
-    for (const notetool::OutputFormat& format : notetool::outputFormats())
-        table.append(py::make_tuple(format.name, format.extensions, format.filePerPage));
-    return table;
-}
+// The parameters of Note.save(), as the page library's messages name them.
+const notetool::ArgumentNames kParameterNames{"format", "path", "pages", "scale", "dpi", "workers"};
 
-std::optional<std::string> formatOfPath(const std::string& path) {
-    const notetool::OutputFormat* format = notetool::formatOfPath(path);
-    return format ? std::optional<std::string>(format->name) : std::nullopt;
-}
-
-struct SaveJob {
-    std::string note;
-    std::vector<int> pages;
-    int largestPage;
-    std::string file;
-    std::string dir;
-    std::string format;
-    double scale;
-    bool background;
-    std::vector<std::string> layers;
-    bool transparent;
-    bool raster;
-    bool vector;
-    double dpi;
-    bool strict;
-    int workers;
+struct SaveRequest {
+    notetool::NoteJob job;  // the note and its pages; the plan places them
+    notetool::OutputRequest output;
+    notetool::DrawingOptions drawing;
 };
 
-// Writes the pages through notetool's pipeline and writers, so that the bytes are the
-// command line's. A failure to read raises NoteError, one to write OSError; the message is
-// the first failure's, followed by the others.
-void save(const SaveJob& request) {
-    const notetool::OutputFormat* format = notetool::formatNamed(request.format);
-    if (!format) throw py::value_error("unknown format " + request.format);
-    notetool::NoteJob job{request.note, request.pages, request.largestPage, request.file, request.dir, request.strict};
-    notetool::DrawingOptions options;
-    options.scale = request.scale;
-    options.transparent = request.transparent;
-    options.raster = request.raster;
-    options.vector = request.vector;
-    options.dpi = request.dpi;
-    // The files are notetool's, written by its writers, and say so: the same bytes as the
-    // command line's.
-    options.creator = "notetool " NOTETOOL_VERSION;
-    options.layers.background = request.background;
-    options.layers.only.insert(request.layers.begin(), request.layers.end());
-    std::vector<std::string> failures;
+// Writes the pages through notetool's plan, pipeline and writers, so that the bytes are the
+// command line's. A failure raises as the first one's cause says (ToolError), its message
+// followed by the others'.
+void save(SaveRequest request) {
+    const notetool::OutputPlan plan = notetool::planOutput(request.output, kParameterNames);
+    notetool::NoteJob& job = request.job;
+    notetool::placePages(plan, job, kParameterNames);
+    // The files are notetool's, written by its writers, and say so.
+    request.drawing.creator = notetool::kCreator;
+    std::vector<notetool::Failure> failures;
     std::mutex failuresLock;
     libraryCall([&] {
+        notetool::makeOutputFolder(job);
         PipelineWork pipeline;
-        const notetool::PageEvents events{[&](const std::string& message) {
+        const notetool::PageEvents events{[&](const notetool::Failure& failure) {
                                               std::lock_guard<std::mutex> lock(failuresLock);
-                                              failures.push_back(message);
+                                              failures.push_back(failure);
                                           },
                                           {}};
-        notetool::renderNote(job, *format, options, std::max(1, request.workers), events);
+        notetool::renderNote(job, plan.format, request.drawing, request.output.workers, events);
     });
     if (failures.empty()) return;
-    std::string message = failures.front();
-    for (std::size_t i = 1; i < failures.size(); ++i) message += (i == 1 ? " (also: " : "; ") + failures[i];
+    std::string message = failures.front().message;
+    for (std::size_t i = 1; i < failures.size(); ++i) message += (i == 1 ? " (also: " : "; ") + failures[i].message;
     if (failures.size() > 1) message += ")";
-    const std::optional<int> code = codeIn(failures.front());
-    if (!code) {
-        PyErr_SetString(PyExc_OSError, message.c_str());
-        throw py::error_already_set();
-    }
-    throw NoteFailure(code, message);
+    throw ToolError(message, failures.front().cause);
+}
+
+// The OSError of the errno, as Python words it; Python chooses its subclass
+// (PermissionError for EACCES, FileNotFoundError for ENOENT, ...).
+void raiseOSError(int error, const std::string& file) {
+    errno = error;
+    PyErr_SetFromErrnoWithFilename(PyExc_OSError, file.c_str());
 }
 
 void setLogPath(const std::optional<std::string>& path) {
     try {
         setLog(path.value_or(""));
     } catch (const std::system_error& e) {
-        errno = e.code().value();
-        PyErr_SetFromErrnoWithFilename(PyExc_OSError, path->c_str());
+        raiseOSError(e.code().value(), *path);
         throw py::error_already_set();
     }
 }
 
-void raiseNoteError(const NoteFailure& failure) {
-    const char* reason = failure.code ? status::statusText(*failure.code) : nullptr;
+// An output that cannot be written is an OSError, with its errno when the system gave one;
+// anything else a NoteError with libNote's status code.
+void raiseFailure(const ToolError& failure) {
+    const notetool::Cause& cause = failure.cause;
+    if (cause.error != 0) return raiseOSError(cause.error, cause.file);
+    if (!cause.file.empty()) return PyErr_SetString(PyExc_OSError, failure.what());
+    const char* reason = cause.status ? status::statusText(*cause.status) : nullptr;
     py::object error = py::module_::import("libnote._errors").attr("NoteError")(
-        failure.what(), failure.code ? py::object(py::int_(*failure.code)) : py::object(py::none()),
+        failure.what(), cause.status ? py::object(py::int_(*cause.status)) : py::object(py::none()),
         reason ? py::object(py::str(reason)) : py::object(py::none()));
     PyErr_SetObject(error.get_type().ptr(), error.ptr());
 }
@@ -327,8 +288,8 @@ PYBIND11_MODULE(_libnote, m) {
     py::register_exception_translator([](std::exception_ptr thrown) {
         try {
             if (thrown) std::rethrow_exception(thrown);
-        } catch (const NoteFailure& failure) {
-            raiseNoteError(failure);
+        } catch (const ToolError& failure) {
+            raiseFailure(failure);
         }
     });
 
@@ -344,18 +305,23 @@ PYBIND11_MODULE(_libnote, m) {
     m.def("render_page", &renderPage, py::arg("path"), py::arg("page"), py::arg("scale"), py::arg("background"),
           py::arg("transparent"));
     m.def("page_strokes", &strokesOf, py::arg("path"), py::arg("page"));
-    m.def("formats", &formatTable);
-    m.def("format_of_path", &formatOfPath, py::arg("path"));
-    m.def("note_stem", &notetool::noteStem, py::arg("path"));
     m.def(
         "save",
-        [](std::string note, std::vector<int> pages, int largestPage, std::string file, std::string dir,
-           std::string format, double scale, bool background, std::vector<std::string> layers, bool transparent,
-           bool raster, bool vector, double dpi, bool strict, int workers) {
-            save({note, pages, largestPage, file, dir, format, scale, background, layers, transparent, raster, vector,
-                  dpi, strict, workers});
+        [](std::string note, std::vector<int> pages, int largestPage, std::string path, std::string format,
+           double scale, bool background, std::vector<std::string> layers, bool transparent, bool raster, bool vector,
+           double dpi, bool strict, int workers) {
+            SaveRequest request{{note, pages, largestPage, "", "", strict}, {path, format, scale, dpi, workers}, {}};
+            notetool::DrawingOptions& drawing = request.drawing;
+            drawing.scale = scale;
+            drawing.transparent = transparent;
+            drawing.raster = raster;
+            drawing.vector = vector;
+            drawing.dpi = dpi;
+            drawing.layers.background = background;
+            drawing.layers.only.insert(layers.begin(), layers.end());
+            save(std::move(request));
         },
-        py::arg("note"), py::arg("pages"), py::arg("largest_page"), py::arg("file"), py::arg("dir"), py::arg("format"),
+        py::arg("note"), py::arg("pages"), py::arg("largest_page"), py::arg("path"), py::arg("format"),
         py::arg("scale"), py::arg("background"), py::arg("layers"), py::arg("transparent"), py::arg("raster"),
         py::arg("vector"), py::arg("dpi"), py::arg("strict"), py::arg("workers"));
     m.def("set_log", &setLogPath, py::arg("path"));

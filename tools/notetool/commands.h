@@ -15,7 +15,7 @@
 #include <CLI/CLI.hpp>
 
 #include "console.h"
-#include "page_pipeline.h"
+#include "output_plan.h"
 
 namespace notetool {
 
@@ -33,49 +33,22 @@ struct DrawingArgs {
     bool strict = false;
 };
 
+// The options' names in the page library's messages (output_plan.h).
+extern const ArgumentNames kOptionNames;
+
 // Declares --format (described by formatHelp), -j, --strict and the drawing options.
 void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& formatHelp);
 // The drawing options the arguments ask for; throws UsageError for an unknown layer.
 DrawingOptions drawingOptions(const DrawingArgs& args);
-// "png, pdf or svg": names as help texts and messages list them.
-std::string nameList(const std::vector<std::string>& names);
+// What the arguments ask of the output (checked by planOutput).
+OutputRequest outputRequest(const std::string& out, const DrawingArgs& args);
 
-// Checks that an option's value is the whole text of a number from min to max (a whole
-// number when `whole`): "nan", "inf", "2x" and the like are refused, with a message that
-// says what is wanted.
-CLI::Validator numberFrom(double min, double max, bool whole);
+// Checks that an option's value is the whole text of a number within the bounds: "nan",
+// "inf", "2x" and the like are refused, with a message that says what is wanted.
+CLI::Validator numberFrom(const Bounds& bounds);
 
 // Declares an option that takes a path, which may not be empty.
 CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::string& path, const std::string& help);
-// Whether the output path names a folder: one that exists, or a name that ends in "/".
-bool isFolderPath(const std::string& path);
-
-// The format an output is written in: the one --format names (`named`, may be empty), else
-// the one the output path's extension chooses, whatever its case, else the first. The two
-// must agree, and an extension that no format has is a UsageError, so that "-o x.jpg" is not
-// taken for a folder and "-o a.pdf --format png" does not put PNG bytes into a.pdf. Formats
-// are the rows of a table with a `name` and `extensions`; folderHint ends the message about
-// an unknown extension.
-template <class Format>
-const Format& chooseFormat(const std::vector<Format>& formats, const std::string& named, const std::string& out,
-                           const std::string& folderHint) {
-    std::vector<std::string> names;
-    for (const Format& format : formats) names.push_back(format.name);
-    const Format* byName = nullptr;
-    const Format* byExtension = nullptr;
-    const std::string extension = out == kStandardOutput || isFolderPath(out) ? "" : extensionOf(out);
-    for (const Format& format : formats) {
-        if (format.name == named) byName = &format;
-        for (const std::string& known : format.extensions)
-            if (equalIgnoringCase(extension, known)) byExtension = &format;
-    }
-    if (!named.empty() && !byName) throw UsageError("--format: " + named + " is none of " + nameList(names));
-    if (!extension.empty() && !byExtension)
-        throw UsageError("--output " + out + ": " + extension + " is not the extension of " + nameList(names) + folderHint);
-    if (byName && byExtension && byName != byExtension)
-        throw UsageError("--output " + out + ": the extension says " + byExtension->name + ", --format says " + byName->name);
-    return byName ? *byName : byExtension ? *byExtension : formats.front();
-}
 
 struct InfoArgs {
     std::vector<std::string> notes;

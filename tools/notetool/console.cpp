@@ -109,6 +109,8 @@ void reportError(const std::string& message) {
     std::fflush(stderr);
 }
 
+void reportFailure(const Failure& failure) { reportError(failure.message); }
+
 Progress::Progress(int totalPages) {
     std::lock_guard<std::mutex> lock(g_stderrLock);
     g_bar = Bar();

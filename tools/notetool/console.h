@@ -6,10 +6,10 @@
 // so the tool moves its own standard output to a duplicate descriptor once, before any
 // library call, and points descriptor 1 at the log file or at /dev/null.
 
-#include <stdexcept>
 #include <string>
 
 #include "output_file.h"
+#include "tool_error.h"
 
 namespace notetool {
 
@@ -18,10 +18,9 @@ constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
-// A mistake on the command line (exit code 2), worded as the rest of the error line.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+// A mistake on the command line (exit code 2), worded as the rest of the error line: the
+// page library's checks of a request throw the same.
+using UsageError = RequestError;
 
 // Sends the library's log to logPath (appended) or, when it is empty, to nowhere; the tool's
 // standard output, OutputFile's "-", is then the original descriptor 1. Throws ToolError
@@ -34,6 +33,8 @@ void printOut(const std::string& text);
 // Prints "notetool: <message>" as one line on standard error; safe from any thread, and
 // keeps a progress bar intact below it.
 void reportError(const std::string& message);
+// The same for a failure of the page pipeline: its message is the line.
+void reportFailure(const Failure& failure);
 
 // A one-line progress bar on standard error, drawn only when standard error is a terminal,
 // and never wider than the terminal: parts that do not fit are left out.

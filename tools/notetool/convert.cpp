@@ -87,15 +87,19 @@ CLI::App* addConvertOptions(CLI::App& app, ConvertArgs& args) {
     command->add_flag("--update", args.update,
                       "Skip a note whose outputs all exist and are newer than it (counted as up to date), as for a "
                       "folder that is synced and converted again and again");
-    addDrawingOptions(*command, args.drawing, nameList(formatNames()) + " (default " + outputFormats().front().name + ")");
+    addDrawingOptions(*command, args.drawing,
+                      nameList(namesOf(outputFormats())) + " (default " + outputFormats().front().name + ")");
     return command;
 }
 
 int runConvert(const ConvertArgs& args) {
     const DrawingOptions options = drawingOptions(args.drawing);
-    if (args.out == kStandardOutput || (!isFolderPath(args.out) && formatOfPath(args.out)))
+    if (args.out == kStandardOutput || (!isFolderPath(args.out) && formatByExtension(outputFormats(), extensionOf(args.out))))
         throw UsageError("--output " + args.out + ": convert writes a folder (a folder's name ends in /)");
-    const OutputFormat& format = chooseFormat(outputFormats(), args.drawing.format, "", "");
+    // Whatever its name, the output is a folder: each note's output goes into a folder of its
+    // own under it.
+    const OutputPlan plan = planOutput(outputRequest(joinPath(args.out, ""), args.drawing), kOptionNames);
+    const OutputFormat& format = plan.format;
     const auto start = std::chrono::steady_clock::now();
 
     int failedNotes = 0;
@@ -108,20 +112,20 @@ int runConvert(const ConvertArgs& args) {
         NoteJob job;
         job.note = note.note;
         job.strict = args.drawing.strict;
-        job.dir = outputDir(args.out, note.relativeDir);
-        const std::string stem = (fs::path(job.dir) / noteStem(job.note)).string();
+        const std::string dir = outputDir(args.out, note.relativeDir);
+        const std::string stem = joinPath(dir, noteStem(job.note));
         try {
             const auto owner = claimed.emplace(stem, job.note);
             if (!owner.second) throw ToolError(job.note + ": skipped: its output " + stem + " is taken by " + owner.first->second);
             job.pages = notePages(job.note);
             if (job.pages.empty()) throw ToolError(job.note + ": the note has no pages");
             job.largestPage = job.pages.back();
-            if (!format.filePerPage) job.file = stem + format.extension();
+            placePages({format, dir, true}, job, kOptionNames);
             if (args.update && upToDate(job, format)) {
                 ++upToDateNotes;
                 continue;
             }
-            makeDirectories(job.dir);
+            makeOutputFolder(job);
         } catch (const std::exception& e) {
             reportError(e.what());
             ++failedNotes;
@@ -147,7 +151,7 @@ int runConvert(const ConvertArgs& args) {
     std::atomic<bool> outOfSpace{false};
     {
         Progress progress(totalPages);
-        const PageEvents events{reportError, [&progress] { progress.pageDone(); }, &outOfSpace};
+        const PageEvents events{reportFailure, [&progress] { progress.pageDone(); }, &outOfSpace};
         parallelFor(static_cast<int>(jobs.size()), noteWorkers, [&](int i) {
             const NoteJob& job = jobs[static_cast<std::size_t>(i)];
             const NoteResult result = renderNote(job, format, options, pageWorkers, events);

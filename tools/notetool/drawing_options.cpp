@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <sys/stat.h>
 
 #include "commands.h"
 #include "completion.h"
@@ -16,19 +15,6 @@
 namespace notetool {
 
 namespace {
-
-// What a page can be: from a thumbnail to a poster. A larger scale would ask for an image of
-// gigabytes, a smaller one for a page of a few pixels.
-constexpr double kMinScale = 0.05;
-constexpr double kMaxScale = 16;
-// More workers than this gain nothing on any machine and only hold pages in memory.
-constexpr int kMaxWorkers = 256;
-
-std::string shortNumber(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
-}
 
 // The layer names, top first, as help texts and messages list them.
 std::string layerNames() {
@@ -40,25 +26,19 @@ std::string layerNames() {
 
 }  // namespace
 
-CLI::Validator numberFrom(double min, double max, bool whole) {
-    const std::string wanted = std::string(whole ? "a whole number" : "a number") + " from " + shortNumber(min) + " to " +
-                               shortNumber(max);
+const ArgumentNames kOptionNames{"--format", "--output", "--pages", "--scale", "--dpi", "--jobs"};
+
+CLI::Validator numberFrom(const Bounds& bounds) {
     return CLI::Validator(
         [=](std::string& text) -> std::string {
             char* end = nullptr;
             errno = 0;
             const double value = std::strtod(text.c_str(), &end);
             const bool digits = std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });
-            const bool ok = !text.empty() && *end == '\0' && errno == 0 && value >= min && value <= max && (!whole || digits);
-            return ok ? std::string() : text + " is not " + wanted;
+            const bool ok = !text.empty() && *end == '\0' && errno == 0 && bounds.holds(value) && (!bounds.whole || digits);
+            return ok ? std::string() : text + " is not " + bounds.wanted();
         },
-        shortNumber(min) + " to " + shortNumber(max));
-}
-
-std::string nameList(const std::vector<std::string>& names) {
-    std::string list;
-    for (std::size_t i = 0; i < names.size(); ++i) list += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
-    return list;
+        bounds.range());
 }
 
 CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::string& path, const std::string& help) {
@@ -68,15 +48,10 @@ CLI::Option* addPathOption(CLI::App& command, const std::string& name, std::stri
     return option->get_positional() ? option : offerFiles(option);
 }
 
-bool isFolderPath(const std::string& path) {
-    struct stat st;
-    return (!path.empty() && path.back() == '/') || (::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode));
-}
-
 void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& formatHelp) {
-    offerWords(command.add_option("--format", args.format, formatHelp), formatNames());
+    offerWords(command.add_option("--format", args.format, formatHelp), namesOf(outputFormats()));
     command.add_option("-j,--jobs", args.workers, "Number of workers (default: one per core)")
-        ->check(numberFrom(1, kMaxWorkers, true));
+        ->check(numberFrom(kWorkerBounds));
     offerWordList(command.add_option_function<std::string>(
                       "--layers", [&args](const std::string& list) { args.layers = list; },
                       "Draw only these layers, one comma-separated value (" + layerNames() +
@@ -84,11 +59,11 @@ void addDrawingOptions(CLI::App& command, DrawingArgs& args, const std::string& 
                   kDefaultLayerOrder);
     command.add_flag("--no-background", args.noBackground, "Leave out the background layer (BGLAYER)");
     command.add_option("--scale", args.scale, "Scale the page by this factor (default 1: 1404 x 1872 pixels)")
-        ->check(numberFrom(kMinScale, kMaxScale, false));
+        ->check(numberFrom(kScaleBounds));
     command.add_option("--dpi", args.dpi,
                        "Page pixels per inch on paper: the size of PDF and SVG pages, and a PNG's resolution (default: "
                        "the note's DEVICE_DPI, else 226)")
-        ->check(numberFrom(kMinDpi, kMaxDpi, false));
+        ->check(numberFrom(kDpiBounds));
     command.add_flag("--transparent", args.transparent,
                      "Leave out the white paper, and the background layer's white with it: only ink is opaque");
     CLI::Option* raster = command.add_flag(
@@ -108,7 +83,7 @@ DrawingOptions drawingOptions(const DrawingArgs& args) {
     options.transparent = args.transparent;
     options.raster = args.raster;
     options.vector = args.vector;
-    options.creator = "notetool " NOTETOOL_VERSION;
+    options.creator = kCreator;
     options.layers.background = !args.noBackground;
     if (!args.layers) return options;
     if (args.layers->empty()) throw UsageError("--layers: the list is empty");
@@ -118,6 +93,10 @@ DrawingOptions drawingOptions(const DrawingArgs& args) {
         options.layers.only.insert(name);
     }
     return options;
+}
+
+OutputRequest outputRequest(const std::string& out, const DrawingArgs& args) {
+    return {out, args.format, args.scale, args.dpi, args.workers};
 }
 
 }  // namespace notetool

@@ -48,7 +48,7 @@ ordered_json readPage(KwFileProcess& file, int number) {
     flags.totalPath = flags.totalPathHead = true;
     KwPageFeatureModule page;
     const int status = file.fetchPageFeature(page, number, flags);
-    if (status != status::Ok) throw ToolError(file.filePath + ": page " + std::to_string(number) + ": " + statusReason(status));
+    if (status != status::Ok) throw statusError(file.filePath + ": page " + std::to_string(number), status);
     std::vector<std::string> layers = drawingOrder(page, LayerSelection());
     std::reverse(layers.begin(), layers.end());
     return ordered_json{{"number", number},

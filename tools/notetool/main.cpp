@@ -91,7 +91,7 @@ void manOptions(std::ostringstream& man, const CLI::App& app) {
 // The manual page, built from the same descriptions as --help.
 std::string manPage(const CLI::App& app) {
     std::ostringstream man;
-    man << ".TH NOTETOOL 1 \"\" \"notetool " NOTETOOL_VERSION "\" \"User Commands\"\n"
+    man << ".TH NOTETOOL 1 \"\" \"" << notetool::kCreator << "\" \"User Commands\"\n"
         << ".SH NAME\nnotetool \\- get the pages out of handwritten-note files\n"
         << ".SH SYNOPSIS\n.B notetool\n[\\fB\\-\\-log\\fR \\fIFILE\\fR] \\fICOMMAND\\fR [\\fIOPTIONS\\fR]\n"
         << ".SH DESCRIPTION\n" << roff(kDescription) << ".SH OPTIONS\n";
@@ -153,7 +153,7 @@ int main(int argc, char** argv) {
     CLI::App app(kDescription, "notetool");
     app.footer(footer());
     app.require_subcommand(0, 1);
-    app.set_version_flag("--version", "notetool " NOTETOOL_VERSION);
+    app.set_version_flag("--version", std::string(kCreator));
     std::string logPath;
     offerFiles(app.add_option("--log", logPath, "Append libNote's own log to this file (default: discard it)"));
     // The build writes these from the parser and the library, so that they never drift from

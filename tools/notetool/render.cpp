@@ -29,15 +29,13 @@ CLI::App* addRenderOptions(CLI::App& app, RenderArgs& args) {
     command->add_option_function<std::string>(
         "--pages", [&args](const std::string& list) { args.pages = list; },
         "Pages to draw, by the index's numbers, e.g. 1,3-5 (default: all)");
-    addDrawingOptions(*command, args.drawing, nameList(formatNames()));
+    addDrawingOptions(*command, args.drawing, nameList(namesOf(outputFormats())));
     return command;
 }
 
 int runRender(const RenderArgs& args) {
     const DrawingOptions options = drawingOptions(args.drawing);
-    const bool outIsFolder = args.out != kStandardOutput && isFolderPath(args.out);
-    const OutputFormat& format =
-        chooseFormat(outputFormats(), args.drawing.format, args.out, " (a folder's name ends in /)");
+    const OutputPlan plan = planOutput(outputRequest(args.out, args.drawing), kOptionNames);
 
     NoteJob job;
     job.note = args.note;
@@ -46,20 +44,9 @@ int runRender(const RenderArgs& args) {
     if (notePageList.empty()) throw ToolError(job.note + ": the note has no pages");
     job.pages = args.pages ? selectPages(*args.pages, notePageList, "--pages") : notePageList;
     job.largestPage = notePageList.back();
-
-    if (args.out == kStandardOutput && format.filePerPage && job.pages.size() > 1)
-        throw UsageError("--output -: " + format.name + " writes a file per page; choose one page with --pages");
-    if (!format.filePerPage && outIsFolder)
-        job.file = joinPath(args.out, noteStem(job.note) + format.extension());
-    else if ((!format.filePerPage || job.pages.size() == 1) && !outIsFolder)
-        job.file = args.out;
-    else
-        job.dir = args.out;
-    if (job.file != kStandardOutput) {
-        const std::size_t slash = job.file.rfind('/');
-        makeDirectories(!job.dir.empty() ? job.dir : slash == std::string::npos ? "." : job.file.substr(0, slash + 1));
-    }
-    const NoteResult result = renderNote(job, format, options, args.drawing.workers, {reportError, {}, nullptr});
+    placePages(plan, job, kOptionNames);
+    makeOutputFolder(job);
+    const NoteResult result = renderNote(job, plan.format, options, args.drawing.workers, {reportFailure, {}, nullptr});
     return result.failed == 0 && result.written == static_cast<int>(job.pages.size()) ? kExitOk : kExitFailed;
 }
 

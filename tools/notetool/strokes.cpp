@@ -69,12 +69,6 @@ struct StrokeFormat {
 };
 const std::vector<StrokeFormat> kStrokeFormats = {{"json", {".json"}, &strokesJson}, {"svg", {".svg"}, &strokesSvg}};
 
-std::vector<std::string> strokeFormatNames() {
-    std::vector<std::string> names;
-    for (const StrokeFormat& format : kStrokeFormats) names.push_back(format.name);
-    return names;
-}
-
 void parseSize(const std::string& size, int& width, int& height) {
     char x = 0;
     char rest = 0;
@@ -96,15 +90,15 @@ CLI::App* addStrokesOptions(CLI::App& app, StrokesArgs& args) {
     command->add_option("--page", args.page, "The page, by the index's number")->required();
     command->add_option("--size", args.size, "Image size WIDTHxHEIGHT (default 1404x1872)");
     offerWords(command->add_option("--format", args.format,
-                                   nameList(strokeFormatNames()) + " (default: by the extension of the output, else " +
+                                   nameList(namesOf(kStrokeFormats)) + " (default: by the extension of the output, else " +
                                        kStrokeFormats.front().name + ")"),
-               strokeFormatNames());
+               namesOf(kStrokeFormats));
     addPathOption(*command, "-o,--output", args.out, "Write to this file (default -: standard output)");
     return command;
 }
 
 int runStrokes(const StrokesArgs& args) {
-    const StrokeFormat& format = chooseFormat(kStrokeFormats, args.format, args.out, "");
+    const StrokeFormat& format = chooseFormat(kStrokeFormats, args.format, args.out, kOptionNames, "");
     MappedPage mapped{args.note, args.page, 0, 0, {}};
     parseSize(args.size, mapped.width, mapped.height);
     selectPages(std::to_string(args.page), notePages(args.note), "--page");  // a page not in the note is a usage error

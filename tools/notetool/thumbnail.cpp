@@ -21,8 +21,7 @@ namespace {
 
 // From the smallest icon a file manager draws to well past the largest thumbnail it caches
 // (1024); a page is never enlarged, so a larger size gives the page itself.
-constexpr int kMinThumbnailSize = 16;
-constexpr int kMaxThumbnailSize = 4096;
+constexpr Bounds kThumbnailSizes{16, 4096, true};
 
 // The characters a file URI's path keeps as they are: RFC 3986's unreserved ones and the
 // sub-delimiters that GLib leaves unescaped too. File managers find a thumbnail by the MD5
@@ -71,14 +70,14 @@ CLI::App* addThumbnailOptions(CLI::App& app, ThumbnailArgs& args) {
     addPathOption(*command, "INPUT", args.note, "The note file")->required();
     offerFiles(addPathOption(*command, "OUTPUT", args.out, "The PNG file, or - for standard output")->required());
     command->add_option("-s,--size", args.size, "Fit the page inside SIZE x SIZE pixels (default 256)")
-        ->check(numberFrom(kMinThumbnailSize, kMaxThumbnailSize, true));
+        ->check(numberFrom(kThumbnailSizes));
     return command;
 }
 
 int runThumbnail(const ThumbnailArgs& args) {
     // Taken before the note is read: a note that changes meanwhile gets a new thumbnail the
     // next time the file manager compares them.
-    DocumentInfo info = documentInfo(args.note, 0, "notetool " NOTETOOL_VERSION);
+    DocumentInfo info = documentInfo(args.note, 0, kCreator);
     info.attributes = thumbnailAttributes(args.note);
     const std::vector<int> pages = notePages(args.note);
     if (pages.empty()) throw ToolError(args.note + ": the note has no pages");

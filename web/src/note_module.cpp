@@ -26,15 +26,6 @@ namespace {
 using emscripten::val;
 using namespace notetool;
 
-// The library's status in a message that statusReason() worded: its trailing "(code N)".
-// (std::regex would double the module's size.)
-int statusOf(const std::string& message) {
-    const std::size_t at = message.rfind("(code ");
-    int code = 0;
-    char end = 0;
-    return at != std::string::npos && std::sscanf(message.c_str() + at, "(code %d%c", &code, &end) == 2 && end == ')' ? code : 0;
-}
-
 val failure(const std::string& message, int code) {
     val result = val::object();
     result.set("error", message);
@@ -50,7 +41,7 @@ val guarded(Call call) {
     try {
         result = call();
     } catch (const ToolError& e) {
-        result = failure(e.what(), statusOf(e.what()));
+        result = failure(e.what(), e.cause.status.value_or(0));
     } catch (const std::bad_alloc&) {
         result = failure("out of memory", 0);
     } catch (const std::exception& e) {
