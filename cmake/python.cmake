@@ -1,5 +1,6 @@
 # Finds what the Python package needs: an interpreter with NumPy, its headers, and pybind11.
-# Sets LIBNOTE_PYTHON_FOUND.
+# Sets LIBNOTE_PYTHON_FOUND, and LIBNOTE_PYTHON_SITE_PACKAGES to where the interpreter puts
+# packages, relative to any prefix.
 #
 # Debian's pybind11 and NumPy belong to the system interpreter, while the python3 that comes
 # first on PATH may be another one (pyenv, a virtual environment) without NumPy. Unless
@@ -26,5 +27,10 @@ if(DEFINED Python_EXECUTABLE)
         if(pybind11_FOUND)
             set(LIBNOTE_PYTHON_FOUND ON)
         endif()
+        # As the interpreter's own layout names it (lib/python3.X/site-packages).
+        execute_process(
+            COMMAND ${Python_EXECUTABLE} -c
+                "import sysconfig; print(sysconfig.get_path('platlib', 'posix_prefix', {'base': '', 'platbase': ''}).lstrip('/'))"
+            OUTPUT_VARIABLE LIBNOTE_PYTHON_SITE_PACKAGES OUTPUT_STRIP_TRAILING_WHITESPACE)
     endif()
 endif()

@@ -25,6 +25,7 @@ class CMakeBuild(build_ext):
         subprocess.run(["cmake", "-S", str(ROOT), "-B", str(build), "-DCMAKE_BUILD_TYPE=Release",
                         f"-DPython_EXECUTABLE={sys.executable}", "-DLIBNOTE_BUILD_PYTHON=ON",
                         "-DLIBNOTE_BUILD_TESTS=OFF", "-DLIBNOTE_BUILD_EXAMPLES=OFF", "-DLIBNOTE_BUILD_BENCH=OFF",
+                        "-DLIBNOTE_BUILD_TOOLS=OFF",
                         # The module is copied out of the build tree: it must look for
                         # libNote.so beside itself, as installed.
                         "-DCMAKE_BUILD_WITH_INSTALL_RPATH=ON"], check=True)

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """How large the tests are beside the code they test.
 
-A line counts when it holds code: not blank, not only a comment (// or /* ... */).
-Tested code: the library (src/, include/), notetool (tools/notetool/) and the Python module's
-C++ (python/src/), *.cpp and *.h. Tests: every *.cpp and *.h under tests/, except
-tests/support/ (the note writer and the helpers the tests share, which are counted apart).
-The scripts that drive the package and the desktop pieces (tests/python/*.py,
-tests/**/*.sh) are counted apart too, beside the Python package they test. Run from anywhere:
+A line counts when it holds code: not blank, not only a comment (// or /* ... */, #).
+Tested code: the library (src/, include/), notetool (tools/notetool/), the page library
+(pages/) and the Python module's C++ (python/src/), *.cpp and *.h, with the Python package
+(python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
+(tests/python/*.py). The note writer (notewriter/) and the helpers the tests share
+(tests/support/) are counted apart, and so are the shell scripts that check the desktop
+files and the installed package (tests/**/*.sh), which test no counted code. Run from anywhere:
 
     tests/count-lines.py
 """
@@ -42,17 +43,22 @@ def count(folders, exclude=(), suffixes=(".cpp", ".h")):
 
 
 def main():
-    tested = count(["src", "include", "tools/notetool", "python/src"])
-    tests = count(["tests"], exclude=["tests/support"])
-    support = count(["tests/support"])
-    print(f"tested code (src/ include/ tools/notetool/ python/src/): {tested}")
-    print(f"tests (tests/ without tests/support/):                   {tests}  {100 * tests / tested:.1f} %")
-    print(f"with the writer and helpers (tests/support/):             {tests + support}  {100 * (tests + support) / tested:.1f} %")
+    cpp = count(["src", "include", "tools/notetool", "pages", "python/src"])
     package = count(["python/libnote"], suffixes=(".py",))
-    scripts = count(["tests/python"], suffixes=(".py",)) + count(["tests"], suffixes=(".sh",))
-    print(f"Python package (python/libnote/): {package}; test scripts (tests/python/*.py, tests/**/*.sh): {scripts}")
+    tested = cpp + package
+    cpp_tests = count(["tests"], exclude=["tests/support"])
+    python_tests = count(["tests/python"], suffixes=(".py",))
+    tests = cpp_tests + python_tests
+    support = count(["notewriter", "tests/support"])
+    scripts = count(["tests"], suffixes=(".sh",))
+    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/) {cpp}, Python (python/libnote/) {package}:"
+          f" {tested}")
+    print(f"tests: C++ (tests/ without tests/support/) {cpp_tests}, Python (tests/python/) {python_tests}:"
+          f" {tests}  {100 * tests / tested:.1f} %")
+    print(f"with the note writer and helpers (notewriter/ tests/support/):"
+          f" {tests + support}  {100 * (tests + support) / tested:.1f} %")
+    print(f"apart: shell scripts (tests/**/*.sh): {scripts}")
     return 0
-
 
 if __name__ == "__main__":
     sys.exit(main())

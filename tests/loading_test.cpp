@@ -83,15 +83,13 @@ Logged fillPage(KwPageFeatureModule& page, const notewriter::Items& items, const
     return logged([&] { return page.setInfoOfPageFeature(list, path, flags); });
 }
 
-TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
-    KwPageFeatureModule page;
-    const std::string ten = "1,2,3,4,5,6,7,8,9,10";
-    // Flags 0-7 select the style, the layers and the stroke block's site, not LAYERSEQ: the
-    // block's head and records are not read, so the missing file is never opened. Each
-    // layer's site goes to its own member, and only with its own flag (flag 4: LAYER2).
+// Flags 0-7 select the style, the layers and the stroke block's site, not LAYERSEQ: the
+// block's head and records are not read, so the missing file is never opened. Each layer's
+// site goes to its own member, and only with its own flag (flag 4: LAYER2).
+TEST(PageModule, EachLayerSiteGoesToItsOwnMemberUnderItsOwnFlag) {
     const notewriter::Items layers = {{"MAINLAYER", "12abc"}, {"LAYER1", "1"}, {"LAYER2", "2"}, {"LAYER3", "3"},
                                       {"BGLAYER", "4"}, {"LAYERSEQ", " A B"}, {"TOTALPATH", "40"}};
-    KwPageFeatureModule layer2;
+    KwPageFeatureModule page, layer2;
     EXPECT_EQ(fillPage(page, layers, "/nonexistent", 7), Logged(0, ""));
     EXPECT_EQ(fillPage(layer2, layers, "", 4, 4), Logged(0, ""));
     const auto sitesOf = [](const KwPageFeatureModule& p) {
@@ -100,15 +98,24 @@ TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
     EXPECT_EQ(std::make_pair(sitesOf(page), sitesOf(layer2)),
               std::make_pair(std::make_tuple(12, 1, 2, 3, 4, 40), std::make_tuple(0, 0, 2, 0, 0, 0)));
     EXPECT_EQ(page.layerSeq, "nolayer");
-    // A star list takes exactly 11 values; LAYERSEQ keeps its first word.
+}
+
+// A star list takes exactly 11 values; LAYERSEQ keeps its first word.
+TEST(PageModule, StarListsAndTheLayerOrder) {
+    KwPageFeatureModule page;
+    const std::string ten = "1,2,3,4,5,6,7,8,9,10";
     EXPECT_EQ(fillPage(page, {{"LAYERSEQ", " A B"}, {"FIVESTAR", ten}, {"FIVESTAR", ten + ",11,12"},
                               {"FIVESTAR", ten + ",-11 x"}}, "", 20).first, 0);
     ASSERT_EQ(std::make_pair(page.layerSeq, page.fiveStars.size()), std::make_pair(std::string("A"), 1ul));
     EXPECT_EQ(page.fiveStars[0].values[10], -11);
     EXPECT_THROW(fillPage(page, {{"FIVESTAR", "1,2,3,4,5,x,7,8,9,10,11"}}, "", 20), std::invalid_argument);
-    EXPECT_EQ(fillPage(page, {{"TOTALPATH", "40"}}, "/nonexistent", 9), Logged(1, "open file failed-----errno:" + kNoFile));
+}
 
-    // Records decode in order and replace earlier strokes.
+// Records decode in order and replace earlier strokes; a broken block fails the page, and
+// the items after a failure are not taken.
+TEST(PageModule, TheStrokeBlockAndItsFailures) {
+    KwPageFeatureModule page;
+    EXPECT_EQ(fillPage(page, {{"TOTALPATH", "40"}}, "/nonexistent", 9), Logged(1, "open file failed-----errno:" + kNoFile));
     notetest::ScratchDir dir;
     const std::string one = notewriter::strokeRecord(notetest::sampleStroke(1));
     const std::string two = notewriter::strokeRecord(notetest::sampleStroke(2));
@@ -122,7 +129,6 @@ TEST(PageModule, SelectedItemsAndTheStrokeBlock) {
               std::make_tuple(2ul, 16 + one.size() + two.size(), 2ul));
     EXPECT_TRUE(notetest::sameStroke(page.trails[1], notetest::sampleStroke(2)));
 
-    // Broken blocks fail the page, and the items after a failure are not taken.
     const struct { std::string site; int code; std::string log; } rows[] = {
         {std::to_string(bytes.size() - 4), 17, "read totalpath trailsize error-----errno:"},
         {std::to_string(bad), 17, "disableAreaListdata2Trail error."},  // too short for its area

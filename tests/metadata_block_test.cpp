@@ -82,7 +82,8 @@ TEST(ReadModuleItemFromFile, StreamFailures) {
         {ULONG_MAX, negative}, {ULONG_MAX - 3, negative}, {ULONG_MAX - 4, "nSite is error"}, {1ul << 63, "nSite is error"}};
     for (const auto& [site, log] : sites) {
         fp = std::fopen(dir.write("b.note", "0123456789").c_str(), "rb");
-        EXPECT_EQ(logged([&] { return readModuleItemFromFile(fp, items, site); }), Logged(0, log)) << site;
+        // A structured binding cannot be captured before C++20, hence the copy.
+        EXPECT_EQ(logged([&, site = site] { return readModuleItemFromFile(fp, items, site); }), Logged(0, log)) << site;
         EXPECT_EQ(fp, nullptr);
     }
 }

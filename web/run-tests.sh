@@ -1,9 +1,14 @@
 #!/bin/bash
 # ctest's web_package: builds the npm package (its WebAssembly module through emcmake) and runs
-# its tests, against the native build's notetool that ctest names in NOTETOOL. Where
-# emscripten, Node.js 20, npm or Chromium is missing it says which and exits 77: skipped.
+# its tests, against the native build's notetool that ctest names in NOTETOOL. It works in a
+# copy of the package in the build tree (the folder given), so that nothing is written into
+# the sources. Where emscripten, Node.js 20, npm or Chromium is missing it says which and
+# exits 77: skipped.
+#
+# Usage: run-tests.sh WORK_DIR
 set -euo pipefail
-cd "$(dirname "$0")"
+package=$(cd "$(dirname "$0")" && pwd)
+work=$1
 
 missing=()
 for tool in emcmake node npm; do
@@ -18,6 +23,13 @@ if ((${#missing[@]})); then
     exit 77
 fi
 
+mkdir -p "$work"
+for item in package.json package-lock.json lib scripts test viewer; do
+    rm -rf "${work:?}/$item"
+    cp -r "$package/$item" "$work/"
+done
+export LIBNOTE_SOURCE_DIR=${package%/*}
+cd "$work"
 npm ci --no-audit --no-fund
 npm run build
 npm test

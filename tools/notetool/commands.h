@@ -3,8 +3,8 @@
 
 // notetool's commands. Each command's options are a plain struct: add<Command>Options declares
 // the command on the application with its options bound to the struct's fields, and
-// run<Command> does the work from the struct alone and returns the exit code (console.h), so
-// that the work can be run, and tested, without the parser. A run function throws UsageError
+// run<Command> does the work from the struct alone and returns the exit code (console.h): the
+// parser's part ends with the filled struct. A run function throws UsageError
 // for a mistake on the command line and ToolError for an input that cannot be read at all;
 // it writes with printOut(), so a caller sends the library's log away first (console.h).
 

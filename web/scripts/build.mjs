@@ -7,6 +7,8 @@ import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 const web = dirname(dirname(fileURLToPath(import.meta.url)));
+// The project's sources: web/'s parent, or where ctest's copy of the package says.
+const source = process.env.LIBNOTE_SOURCE_DIR ?? dirname(web);
 const build = join(web, 'build');
 const dist = join(web, 'dist');
 // Debian's emscripten runs its helpers with the machine's node, which does not search
@@ -18,7 +20,7 @@ function run(command, args) {
     execFileSync(command, args, { stdio: 'inherit', env });
 }
 
-run('emcmake', ['cmake', '-S', dirname(web), '-B', build, '-DLIBNOTE_BUILD_WEB=ON', '-DCMAKE_BUILD_TYPE=Release']);
+run('emcmake', ['cmake', '-S', source, '-B', build, '-DLIBNOTE_BUILD_WEB=ON', '-DCMAKE_BUILD_TYPE=Release']);
 run('cmake', ['--build', build, '-j', process.env.LIBNOTE_BUILD_JOBS ?? '2']);
 
 rmSync(dist, { recursive: true, force: true });

@@ -9,7 +9,7 @@ import { fileURLToPath } from 'node:url';
 import { inflateSync } from 'node:zlib';
 
 export const webDir = dirname(dirname(fileURLToPath(import.meta.url)));
-export const sourceDir = dirname(webDir);
+export const sourceDir = resolve(process.env.LIBNOTE_SOURCE_DIR ?? dirname(webDir));
 export const samplePath = join(sourceDir, 'examples', 'sample.note');
 export const distDir = join(webDir, 'dist');
 
