@@ -5,9 +5,12 @@ A line counts when it holds code: not blank, not only a comment (// or /* ... */
 Tested code: the library (src/, include/), notetool (tools/notetool/), the page library
 (pages/) and the Python module's C++ (python/src/), *.cpp and *.h, with the Python package
 (python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
-(tests/python/*.py). The note writer (notewriter/) and the helpers the tests share
-(tests/support/) are counted apart, and so are the shell scripts that check the desktop
-files and the installed package (tests/**/*.sh), which test no counted code. Run from anywhere:
+(tests/python/*.py). Counted apart, as support: the note writer (notewriter/), the helpers
+the tests share (tests/support/), the program that writes the Python tests' notes
+(tests/python/make_python_notes.cpp, which checks nothing) and the handwriting generator's
+test (tests/handwriting_test.cpp: it tests the note writer, not counted code). The shell
+scripts that check the desktop files and the installed package (tests/**/*.sh) test no
+counted code and are counted apart too. Run from anywhere:
 
     tests/count-lines.py
 """
@@ -32,11 +35,18 @@ def code_lines(path):
     return sum(1 for line in pattern.sub(keep, text).splitlines() if line.strip())
 
 
-def count(folders, exclude=(), suffixes=(".cpp", ".h")):
+# Sources under tests/ that support the tests rather than test counted code.
+SUPPORT = ["tests/support", "tests/python/make_python_notes.cpp"]
+NOTEWRITER_TEST = "tests/handwriting_test.cpp"
+
+
+def count(places, exclude=(), suffixes=(".cpp", ".h")):
+    """Code lines of the files (or the files under the folders) named, less those excluded."""
     total = 0
-    for folder in folders:
-        for path in sorted((ROOT / folder).rglob("*")):
-            if path.suffix not in suffixes or any(ROOT / e in path.parents for e in exclude):
+    for place in places:
+        root = ROOT / place
+        for path in sorted(root.rglob("*")) if root.is_dir() else [root]:
+            if path.suffix not in suffixes or any(ROOT / e in (path, *path.parents) for e in exclude):
                 continue
             total += code_lines(path)
     return total
@@ -46,17 +56,21 @@ def main():
     cpp = count(["src", "include", "tools/notetool", "pages", "python/src"])
     package = count(["python/libnote"], suffixes=(".py",))
     tested = cpp + package
-    cpp_tests = count(["tests"], exclude=["tests/support"])
+    cpp_tests = count(["tests"], exclude=SUPPORT + [NOTEWRITER_TEST])
     python_tests = count(["tests/python"], suffixes=(".py",))
     tests = cpp_tests + python_tests
-    support = count(["notewriter", "tests/support"])
+    support = count(["notewriter", *SUPPORT])
+    notewriter_test = count([NOTEWRITER_TEST])
     scripts = count(["tests"], suffixes=(".sh",))
     print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/) {cpp}, Python (python/libnote/) {package}:"
           f" {tested}")
-    print(f"tests: C++ (tests/ without tests/support/) {cpp_tests}, Python (tests/python/) {python_tests}:"
+    print(f"tests: C++ (tests/ without the support below) {cpp_tests}, Python (tests/python/*.py) {python_tests}:"
           f" {tests}  {100 * tests / tested:.1f} %")
-    print(f"with the note writer and helpers (notewriter/ tests/support/):"
-          f" {tests + support}  {100 * (tests + support) / tested:.1f} %")
+    print(f"support: the note writer and helpers (notewriter/ tests/support/"
+          f" tests/python/make_python_notes.cpp) {support}, the note writer's handwriting test"
+          f" ({NOTEWRITER_TEST}) {notewriter_test}")
+    with_support = tests + support + notewriter_test
+    print(f"tests with the support: {with_support}  {100 * with_support / tested:.1f} %")
     print(f"apart: shell scripts (tests/**/*.sh): {scripts}")
     return 0
 

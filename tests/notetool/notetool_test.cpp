@@ -293,23 +293,18 @@ TEST(NotetoolRender, PagesHaveTheirPhysicalSizeAndTheSameBytesEachTime) {
               std::string::npos);
 }
 
+// Folders are mirrored and counted by the update test below.
 TEST(NotetoolConvert, OneBadNoteIsReportedAndTheRestConverted) {
     ScratchDir dir;
-    fs::create_directories(dir.path("in/trip"));
-    dir.write("in/a.note", notewriter::buildNote(boxPages(2)));
-    dir.write("in/trip/b.note", notewriter::buildNote(boxPages(1)));
-    dir.write("in/trip/bad.note", "not a note at all");
-    dir.write("in/readme.txt", "not looked at");
+    fs::create_directories(dir.path("trip"));
+    const std::string a = dir.write("a.note", notewriter::buildNote(boxPages(2)));
+    dir.write("trip/b.note", notewriter::buildNote(boxPages(1)));
+    dir.write("trip/bad.note", "not a note at all");
+    dir.write("trip/readme.txt", "not looked at");
 
-    ToolRun r = notetool(dir, {"convert", dir.path("in"), "-o", dir.path("out"), "-j", "2"});
+    const ToolRun r = notetool(dir, {"convert", a, dir.path("trip"), "-o", dir.path("pdf"), "--format", "pdf", "-j", "2"});
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "notetool: " + dir.path("in/trip/bad.note") + ": not a readable note: a read failed, or a block, site or layer name is bad (code 17)\n");
-    EXPECT_EQ(r.out.rfind("notetool: converted 3 pages of 2 notes to png", 0), 0u) << r.out;
-    EXPECT_EQ(filesIn(dir.path("out")), (Strings{"a-p1.png", "a-p2.png", "trip"}));
-    EXPECT_EQ(filesIn(dir.path("out/trip")), Strings{"b-p1.png"});
-
-    r = notetool(dir, {"convert", dir.path("in/a.note"), dir.path("in/trip"), "-o", dir.path("pdf"), "--format", "pdf"});
-    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "notetool: " + dir.path("trip/bad.note") + ": not a readable note: a read failed, or a block, site or layer name is bad (code 17)\n");
     EXPECT_EQ(filesIn(dir.path("pdf")), (Strings{"a.pdf", "b.pdf"}));
 }
 

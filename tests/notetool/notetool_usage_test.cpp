@@ -71,11 +71,8 @@ TEST(NotetoolUsage, ExtensionsAndListsAreReadAsMeant) {
     layered.pages[0].layers.push_back({"LAYER1", std::vector<uint8_t>(notewriter::kPictureSize, 0x30), {}});
     const std::string note = dir.write("n.note", notewriter::buildNote(layered));
 
-    // The extension chooses the format whatever its case.
-    ToolRun r = notetool(dir, {"render", note, "-o", dir.path("OUT.PDF")});
-    ASSERT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(readWholeFile(dir.path("OUT.PDF")).rfind("%PDF-", 0), 0u);
-    r = notetool(dir, {"strokes", note, "--page", "1", "-o", dir.path("S.SVG")});
+    // The extension chooses the format whatever its case (render's: the planner's test).
+    ToolRun r = notetool(dir, {"strokes", note, "--page", "1", "-o", dir.path("S.SVG")});
     EXPECT_EQ(readWholeFile(dir.path("S.SVG")).rfind("<?xml", 0), 0u) << r.err;
 
     // --layers takes one comma-separated value: the note after it stays the input.

@@ -1,7 +1,6 @@
 """The notes of tests/hostile through every call of the package: each call answers or raises
 NoteError, exactly where the page library refuses the note, and never crashes."""
 
-import pytest
 
 import libnote
 

@@ -17,8 +17,11 @@ def test_pip_builds_and_installs_the_package_offline(tmp_path, notes):
     source = tmp_path / "source"
     source.mkdir()
     for name in PACKAGE_SOURCES:
-        copy = shutil.copytree if (ROOT / name).is_dir() else shutil.copyfile
-        copy(ROOT / name, source / name)
+        if (ROOT / name).is_dir():
+            # Not what an earlier pip build left in a working copy.
+            shutil.copytree(ROOT / name, source / name, ignore=shutil.ignore_patterns("build", "*.egg-info", "__pycache__"))
+        else:
+            shutil.copyfile(ROOT / name, source / name)
     venv = tmp_path / "venv"
     subprocess.run([sys.executable, "-m", "venv", "--system-site-packages", str(venv)], check=True)
     environment = {key: value for key, value in os.environ.items() if key in ("PATH", "HOME")}

@@ -1,46 +1,11 @@
-"""Threads read and write notes in parallel and get what one thread gets."""
+"""The package lets other Python threads run while the library works. That parallel readers
+agree is loading_test's Loading.ParallelReadersAgree, run under ThreadSanitizer, and that
+parallel pages are written in order is notetool's -j tests'."""
 
 import threading
 import time
-from concurrent.futures import ThreadPoolExecutor
-
-import numpy
 
 import libnote
-from conftest import files_in
-
-
-def read_all(path):
-    note = libnote.open(path)
-    out = []
-    for page in note:
-        out += [page.layer(name) for name in page.layers]
-        out += [page.colours(name) for name in page.layers]
-        out.append(page.render())
-        out += [stroke.to_image(300, 400) for stroke in page.strokes]
-    return out
-
-
-def test_threads_give_what_one_thread_gives(notes, tmp_path):
-    alone = {path: read_all(path) for path in notes}
-    work = list(notes) * 3
-    with ThreadPoolExecutor(4) as pool:
-        together = list(pool.map(read_all, work))
-    for path, result in zip(work, together):
-        assert len(result) == len(alone[path])
-        for a, b in zip(result, alone[path]):
-            numpy.testing.assert_array_equal(a, b)
-
-    note = libnote.open(notes[0])
-    note.save(tmp_path / "one/", format="png")
-    note.save(tmp_path / "one/all.pdf")
-    with ThreadPoolExecutor(4) as pool:
-        saves = [pool.submit(note.save, tmp_path / f"threads{k}/", format="png") for k in range(4)]
-        saves += [pool.submit(note.save, tmp_path / f"threads{k}/all.pdf", workers=2) for k in range(4)]
-        for save in saves:
-            save.result()
-    for k in range(4):
-        assert files_in(tmp_path / f"threads{k}") == files_in(tmp_path / "one")
 
 
 def test_the_gil_is_released_while_the_library_works(notes, tmp_path):

@@ -140,13 +140,21 @@ inline std::vector<Note> catalogue() {
     add("five-star value that is no number", pageBlock(f, f.block({{"FIVESTAR", "1,2,3,4,5,x,7,8,9,10,11"}})),
         {1, missing, false, status::Ok, "mainlayer have no data."});
     {
+        // A well-formed note cut short anywhere has no index.
         notewriter::Note note;
         notewriter::Page page;
         page.layers = {{"MAINLAYER", notetest::samplePicture(3), {}}};
         page.strokes = {notetest::sampleStroke(1)};
         note.pages = {page};
-        const std::string whole = notewriter::buildNote(note);
-        add("truncated note", whole.substr(0, whole.size() / 2), noIndex);
+        notewriter::NoteSites sites;
+        const std::string whole = notewriter::buildNote(note, &sites);
+        const notewriter::PageSites& at = sites.pages[0];
+        const std::pair<const char*, uint64_t> cuts[] = {
+            {"empty note", 0}, {"note cut in its tag", 4}, {"note cut before its tag's last byte", 23},
+            {"note cut in a block", at.block + 5}, {"note cut in a picture", at.pictures.at("MAINLAYER") + 1},
+            {"note cut in a stroke block", at.totalPath + 4}, {"note cut in half", whole.size() / 2},
+            {"note cut in its footer", whole.size() - 8}, {"note without its last byte", whole.size() - 1}};
+        for (const auto& [attack, cut] : cuts) add(attack, whole.substr(0, cut), noIndex);
     }
     return notes;
 }
