@@ -8,7 +8,7 @@
 #include "document_info.h"
 #include "file_names.h"
 #include "page_reader.h"
-#include "page_scaling.h"
+#include "scaled_page.h"
 #include "palette.h"
 #include "tool_error.h"
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "page_scaling.h"
+#include "scaled_page.h"
 
 namespace notetool {
 

@@ -7,6 +7,7 @@
 
 #include "file_names.h"
 #include "page_reader.h"
+#include "tool_error.h"
 
 namespace notetool {
 
@@ -31,6 +32,16 @@ double pageDpi(double requested, const std::string& deviceDpi) {
     return dpi >= kMinDpi && dpi <= kMaxDpi ? dpi : kDefaultDpi;
 }
 
+double noteDpi(const std::string& note, double requested) {
+    std::string deviceDpi;
+    try {
+        if (const auto header = readNoteHeader(note)) deviceDpi = header->deviceDpi;
+    } catch (const ToolError&) {
+        // A header that cannot be read gives the usual resolution; the pages say what is wrong.
+    }
+    return pageDpi(requested, deviceDpi);
+}
+
 double pagePoints(int pixels, double dpi, double scale) { return pixels * scale * 72.0 / dpi; }
 
 std::string creationDate() {
@@ -49,13 +60,7 @@ DocumentInfo documentInfo(const std::string& note, double requestedDpi, const st
     info.title = noteStem(note);
     info.creator = creator;
     info.created = creationDate();
-    std::string deviceDpi;
-    try {
-        if (const auto header = readNoteHeader(note)) deviceDpi = header->deviceDpi;
-    } catch (const ToolError&) {
-        // A header that cannot be read gives the usual resolution; the pages say what is wrong.
-    }
-    info.dpi = pageDpi(requestedDpi, deviceDpi);
+    info.dpi = noteDpi(note, requestedDpi);
     return info;
 }
 

@@ -37,6 +37,10 @@ struct DocumentInfo {
 // DEVICE_DPI when that is a number from kMinDpi to kMaxDpi, else kDefaultDpi.
 double pageDpi(double requested, const std::string& deviceDpi);
 
+// The resolution of the note's pages by pageDpi, from its header; a header that cannot be read
+// counts as none.
+double noteDpi(const std::string& note, double requested);
+
 // A page's size on paper, in PDF points (1/72 inch), of `pixels` page pixels drawn `scale`
 // times their size at `dpi` pixels per inch.
 double pagePoints(int pixels, double dpi, double scale);

@@ -1,9 +1,13 @@
 #ifndef NOTETOOL_PAGE_SCALING_H
 #define NOTETOOL_PAGE_SCALING_H
 
-// A composited page (palette.h) at another size than its own. Every host that shows a page
-// smaller or larger (a PNG at --scale, a thumbnail, a viewer's pixmap) takes it from here, so
-// that the same size gives the same pixels everywhere.
+// A composited page (palette.h) at another size than its own, as far as it needs nothing but
+// the page's pixels: the sides of the image, the fit of a thumbnail, the reduction and the
+// whole-number enlargement. Every host that shows a page smaller or larger takes it from here
+// (enlargements by other fractions, filtered by cairo, from scaled_page.h), so that the same
+// size gives the same pixels everywhere. Rows are grey (grey and alpha when the paper is left
+// out), each led by its PNG filter byte (0, none): a grey PNG's image data as it is, and a
+// picture for any other host once it skips that byte.
 
 #include <cstdint>
 #include <string>
@@ -17,12 +21,15 @@ int scaledLength(int pixels, double scale);
 // never larger than the page.
 double fitScale(int width, int height);
 
-// The page drawn width x height pixels large, as grey rows (grey and alpha when the paper is
-// left out), each led by its PNG filter byte (0, none): a grey PNG's image data as it is, and
-// a picture for any other host once it skips that byte. A reduction averages the page pixels
-// each image pixel covers; an enlargement by a whole number repeats each page pixel; other
-// enlargements are filtered by cairo.
-std::string scaledGreyRows(const uint8_t* pixels, int width, int height, bool transparent);
+// Appends a grey pixel, with its alpha when the rows have one.
+void putGrey(std::string& rows, unsigned grey, unsigned alpha, bool withAlpha);
+
+// The page reduced to width x height (neither larger than the page's): each image pixel the
+// mean of the page pixels it covers.
+std::string reducedRows(const uint8_t* pixels, int width, int height, bool transparent);
+
+// The page `factor` times its size: each page pixel a block.
+std::string repeatedRows(const uint8_t* pixels, int factor, bool transparent);
 
 }  // namespace notetool
 

@@ -8,6 +8,7 @@
 #include "output_file.h"
 #include "palette.h"
 #include "page_scaling.h"
+#include "scaled_page.h"
 #include "palette_picture.h"
 #include "tool_error.h"
 

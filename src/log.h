@@ -23,10 +23,15 @@ inline void line(const char* s) {
 inline void number(long long v) { std::fprintf(stdout, "%lld", v); }
 inline void unsignedNumber(unsigned long long v) { std::fprintf(stdout, "%llu", v); }
 
+// What strerror_r gives: glibc's returns the text, POSIX's (musl's, in WebAssembly builds)
+// fills the buffer and returns a status.
+inline const char* strerrorResult(const char* text, const char*) { return text; }
+inline const char* strerrorResult(int, const char* buf) { return buf; }
+
 // The system's text for an error number, safe to call from several threads.
 inline std::string errorText(int err) {
-    char buf[256];
-    return strerror_r(err, buf, sizeof buf);
+    char buf[256] = "";
+    return strerrorResult(strerror_r(err, buf, sizeof buf), buf);
 }
 
 // "<text><errno>": the form of the close and flush failures.

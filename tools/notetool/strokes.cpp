@@ -9,19 +9,13 @@
 #include "completion.h"
 #include "config.h"
 #include "console.h"
-#include "kwdataload.h"
 #include "output_file.h"
 #include "page_selection.h"
-#include "status.h"
+#include "page_strokes.h"
 
 namespace notetool {
 
 namespace {
-
-struct MappedStroke {
-    std::vector<MorvaPoint> points;
-    const std::vector<uint16_t>* pressures;
-};
 
 // A page's strokes on an image of width x height.
 struct MappedPage {
@@ -37,7 +31,7 @@ std::string strokesJson(const MappedPage& mapped) {
     for (const MappedStroke& stroke : mapped.strokes) {
         nlohmann::ordered_json points = nlohmann::ordered_json::array();
         for (const MorvaPoint& p : stroke.points) points.push_back({p.x, p.y});
-        list.push_back({{"points", points}, {"pressures", *stroke.pressures}});
+        list.push_back({{"points", points}, {"pressures", stroke.pressures}});
     }
     const nlohmann::ordered_json doc{{"file", mapped.note}, {"page", mapped.page}, {"width", mapped.width},
                                      {"height", mapped.height}, {"strokes", list}};
@@ -60,7 +54,7 @@ std::string strokesSvg(const MappedPage& mapped) {
         for (std::size_t i = 0; i < stroke.points.size(); ++i)
             svg << (i ? " " : "") << stroke.points[i].x << ',' << stroke.points[i].y;
         svg << "\" data-pressures=\"";
-        for (std::size_t i = 0; i < stroke.pressures->size(); ++i) svg << (i ? " " : "") << (*stroke.pressures)[i];
+        for (std::size_t i = 0; i < stroke.pressures.size(); ++i) svg << (i ? " " : "") << stroke.pressures[i];
         svg << "\"/>\n";
     }
     svg << "</g>\n</svg>\n";
@@ -109,23 +103,7 @@ int runStrokes(const StrokesArgs& args) {
     parseSize(args.size, mapped.width, mapped.height);
     selectPages(std::to_string(args.page), notePages(args.note), "--page");  // a page not in the note is a usage error
 
-    std::vector<TrailContainer> trails;
-    int status = status::Ok;
-    try {
-        status = KwDataLoad().fetchNotePathFromFile(trails, args.note, args.page);
-    } catch (const std::length_error&) {
-        // libNote's documented answer to a stroke section with a negative count.
-        throw ToolError(args.note + ": page " + std::to_string(args.page) +
-                        ": strokes cannot be read (a stroke has a negative count)");
-    }
-    if (status != status::Ok)
-        throw statusError(args.note + ": page " + std::to_string(args.page) + ": strokes", status);
-    for (const TrailContainer& trail : trails) {
-        MappedStroke stroke{{}, &trail.pressures};
-        // Onto the last pixel index, so that a point at the digitizer's edge stays on the image.
-        mappingTrailPoints2imageSize(trail, mapped.width, mapped.height, stroke.points, 1);
-        mapped.strokes.push_back(std::move(stroke));
-    }
+    mapped.strokes = pageStrokes(args.note, args.page, mapped.width, mapped.height);
     const std::string text = format.text(mapped);
     try {
         OutputFile file(args.out);
