@@ -3,9 +3,11 @@
 
 A line counts when it holds code: not blank, not only a comment (// or /* ... */, #).
 Tested code: the library (src/, include/), notetool (tools/notetool/), the page library
-(pages/), the Python module's C++ (python/src/) and the Document Viewer's backend
-(evince/), *.cpp and *.h, with the Python package (python/libnote/*.py). Tests: every *.cpp and *.h under tests/ and the Python tests
-(tests/python/*.py). Counted apart, as support: the note writer (notewriter/), the helpers
+(pages/), the Python module's C++ (python/src/) and the viewer plugins (evince/, kde/) and
+the WebAssembly module (web/src/), *.cpp and *.h, with the Python package
+(python/libnote/*.py) and the web package's JavaScript (web/lib/, web/viewer/). Tests: every
+*.cpp and *.h under tests/, the Python tests (tests/python/*.py) and the web package's
+(web/test/). Counted apart, as support: the note writer (notewriter/), the helpers
 the tests share (tests/support/), the program that writes the Python tests' notes
 (tests/python/make_python_notes.cpp, which checks nothing) and the handwriting generator's
 test (tests/handwriting_test.cpp: it tests the note writer, not counted code). The shell
@@ -38,6 +40,7 @@ def code_lines(path):
 # Sources under tests/ that support the tests rather than test counted code.
 SUPPORT = ["tests/support", "tests/python/make_python_notes.cpp"]
 NOTEWRITER_TEST = "tests/handwriting_test.cpp"
+JAVASCRIPT = (".js", ".mjs", ".ts")
 
 
 def count(places, exclude=(), suffixes=(".cpp", ".h")):
@@ -53,19 +56,21 @@ def count(places, exclude=(), suffixes=(".cpp", ".h")):
 
 
 def main():
-    cpp = count(["src", "include", "tools/notetool", "pages", "python/src", "evince"])
+    cpp = count(["src", "include", "tools/notetool", "pages", "python/src", "evince", "kde", "web/src"])
     package = count(["python/libnote"], suffixes=(".py",))
-    tested = cpp + package
+    web = count(["web/lib", "web/viewer"], suffixes=JAVASCRIPT)
+    tested = cpp + package + web
     cpp_tests = count(["tests"], exclude=SUPPORT + [NOTEWRITER_TEST])
     python_tests = count(["tests/python"], suffixes=(".py",))
-    tests = cpp_tests + python_tests
+    web_tests = count(["web/test"], suffixes=JAVASCRIPT)
+    tests = cpp_tests + python_tests + web_tests
     support = count(["notewriter", *SUPPORT])
     notewriter_test = count([NOTEWRITER_TEST])
     scripts = count(["tests"], suffixes=(".sh",))
-    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/ evince/) {cpp}, Python (python/libnote/) {package}:"
-          f" {tested}")
-    print(f"tests: C++ (tests/ without the support below) {cpp_tests}, Python (tests/python/*.py) {python_tests}:"
-          f" {tests}  {100 * tests / tested:.1f} %")
+    print(f"tested code: C++ (src/ include/ tools/notetool/ pages/ python/src/ evince/ kde/ web/src/) {cpp},"
+          f" Python (python/libnote/) {package}, JavaScript (web/lib/ web/viewer/) {web}: {tested}")
+    print(f"tests: C++ (tests/ without the support below) {cpp_tests}, Python (tests/python/*.py) {python_tests},"
+          f" JavaScript (web/test/) {web_tests}: {tests}  {100 * tests / tested:.1f} %")
     print(f"support: the note writer and helpers (notewriter/ tests/support/"
           f" tests/python/make_python_notes.cpp) {support}, the note writer's handwriting test"
           f" ({NOTEWRITER_TEST}) {notewriter_test}")
