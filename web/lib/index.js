@@ -130,10 +130,7 @@ class Note {
             if (!this.#layerNames.includes(name))
                 throw new RangeError(`unknown layer ${name} (known: ${this.#layerNames.join(', ')})`);
         const image = this.#call('render', page, scale, only, background === 'transparent');
-        // One copy out of the module's memory (which may grow and move), as one memcpy: slice()
-        // of the heap view, wrapped without a second copy. A Uint8ClampedArray built from the
-        // view would convert element by element.
-        return { width: image.width, height: image.height, data: new Uint8ClampedArray(image.data.slice().buffer) };
+        return { width: image.width, height: image.height, data: new Uint8ClampedArray(image.data) };
     }
 
     strokes(page, { width = 1404, height = 1872 } = {}) {
