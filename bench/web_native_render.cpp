@@ -39,12 +39,13 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        // Kept from one render to the next, as the module keeps them.
+        // The composed page is kept from one render to the next, as the module keeps it. The
+        // image is a fresh buffer each time, as render() hands out a new array of its own.
         std::vector<uint8_t> pixels(notetool::kPagePixels);
-        libnoteweb::RgbaImage image;
         for (int i = 0; i < repeats; ++i) {
             const auto start = std::chrono::steady_clock::now();
             const double cpuStart = cpuMilliseconds();
+            libnoteweb::RgbaImage image;
             notetool::composePage(argv[1], page, {}, false, pixels.data());
             libnoteweb::pageRgba(pixels.data(), scale, false, image);
             const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - start;
