@@ -1,8 +1,9 @@
 #ifndef LIBNOTE_TESTS_KDE_TEST_H
 #define LIBNOTE_TESTS_KDE_TEST_H
 
-// What the tests of KDE's plugins share: notetool's pictures to compare the plugins' with, as
-// Qt images, and the note type, which the tests' environment (XDG_DATA_DIRS) makes known.
+// What the tests of KDE's plugins share: Qt's images as notetest compares them with
+// notetool's pictures, and the note type, which the tests' environment (XDG_DATA_DIRS) makes
+// known.
 
 #include <QImage>
 #include <QMimeDatabase>
@@ -10,8 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "notetool_run.h"
@@ -22,31 +21,13 @@ const QString kNoteType = QStringLiteral("application/x-handwritten-note");
 
 inline QMimeType noteType() { return QMimeDatabase().mimeTypeForName(kNoteType); }
 
-inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-// What notetool writes with these arguments into dir/out.png, as grey pixels.
-inline QImage notetoolPicture(const notetest::ScratchDir& dir, std::vector<std::string> args) {
-    args.push_back(dir.path("out.png"));
-    const notetest::ToolRun run = notetest::notetool(dir, args);
-    EXPECT_EQ(run.code, 0) << run.err;
-    return QImage(QString::fromStdString(dir.path("out.png"))).convertToFormat(QImage::Format_Grayscale8);
-}
-
-// Whether two grey pictures have the same size and pixels, and where they differ first.
-inline ::testing::AssertionResult samePixels(const QImage& expected, const QImage& actual) {
-    const QImage a = actual.convertToFormat(QImage::Format_Grayscale8);
-    if (a.size() != expected.size())
-        return ::testing::AssertionFailure() << "size " << a.width() << "x" << a.height() << ", expected "
-                                             << expected.width() << "x" << expected.height();
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x)
-            if (a.pixelColor(x, y) != expected.pixelColor(x, y))
-                return ::testing::AssertionFailure() << "pixel " << x << "," << y << " is " << qGray(a.pixel(x, y))
-                                                     << ", expected " << qGray(expected.pixel(x, y));
-    return ::testing::AssertionSuccess();
+// A Qt image's pixels, to hold against notetool's.
+inline notetest::Picture pictureOf(const QImage& image) {
+    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
+    notetest::Picture picture{unsigned(rgba.width()), unsigned(rgba.height()), {}};
+    for (int y = 0; y < rgba.height(); ++y)
+        picture.rgba.insert(picture.rgba.end(), rgba.constScanLine(y), rgba.constScanLine(y) + 4 * rgba.width());
+    return picture;
 }
 
 // main() of a test. Qt and KDE find the build's plugins (KDE_TEST_PLUGINS) and the note type

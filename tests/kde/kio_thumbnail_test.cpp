@@ -38,21 +38,21 @@ TEST(KioThumbnail, IsNotetoolsThumbnailOfTheFirstPage) {
     ScratchDir dir;
     for (const int size : {128, 256}) {
         SCOPED_TRACE(size);
-        const QImage expected = kdetest::notetoolPicture(dir, {"thumbnail", "-s", std::to_string(size), SAMPLE_NOTE});
+        const notetest::Picture expected = notetest::notetoolPicture(dir, {"thumbnail", "-s", std::to_string(size), SAMPLE_NOTE});
         const KIO::ThumbnailResult result = thumbnail(*creator, SAMPLE_NOTE, size);
         ASSERT_TRUE(result.isValid());
-        EXPECT_TRUE(kdetest::samePixels(expected, result.image()));
+        EXPECT_TRUE(notetest::samePixels(expected, kdetest::pictureOf(result.image())));
     }
     // A screen of twice the density asks for 128 points: 256 of its pixels.
-    const QImage expected = kdetest::notetoolPicture(dir, {"thumbnail", "-s", "256", SAMPLE_NOTE});
-    EXPECT_TRUE(kdetest::samePixels(expected, thumbnail(*creator, SAMPLE_NOTE, 128, 2).image()));
+    const notetest::Picture expected = notetest::notetoolPicture(dir, {"thumbnail", "-s", "256", SAMPLE_NOTE});
+    EXPECT_TRUE(notetest::samePixels(expected, kdetest::pictureOf(thumbnail(*creator, SAMPLE_NOTE, 128, 2).image())));
 }
 
 TEST(KioThumbnail, ABrokenNoteFailsAndHostileNotesDoNotCrashIt) {
     const auto creator = noteThumbnailer();
     ASSERT_TRUE(creator);
     ScratchDir dir;
-    const std::string broken = dir.write("broken.note", kdetest::readFile(SAMPLE_NOTE).substr(0, 3000));
+    const std::string broken = dir.write("broken.note", notetest::readWholeFile(SAMPLE_NOTE).substr(0, 3000));
     const KIO::ThumbnailResult result = thumbnail(*creator, broken, 256);
     EXPECT_FALSE(result.isValid());
     EXPECT_TRUE(result.image().isNull());

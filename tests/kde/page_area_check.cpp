@@ -78,7 +78,9 @@ int main(int argc, char** argv) {
     }
     notetest::ScratchDir dir;
     const std::string scale = std::to_string(double(area.width()) / 1404);
-    const QImage page = kdetest::notetoolPicture(dir, {"render", argv[6], "--pages", "1", "--scale", scale, "-o"});
+    notetest::Picture picture = notetest::notetoolPicture(dir, {"render", argv[6], "--pages", "1", "--scale", scale, "-o"});
+    const QImage page = QImage(picture.rgba.data(), int(picture.width), int(picture.height), QImage::Format_RGBA8888)
+                            .convertToFormat(QImage::Format_Grayscale8);
     // Okular asks for a page height that it rounds down where notetool rounds to nearest, so
     // the rows of its reduction may begin one pixel apart: ink is compared, each dark pixel of
     // one picture with a dark one at most a pixel away in the other.

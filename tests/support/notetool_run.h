@@ -1,10 +1,12 @@
 #ifndef LIBNOTE_TESTS_NOTETOOL_RUN_H
 #define LIBNOTE_TESTS_NOTETOOL_RUN_H
 
-// What the tests that run notetool share (tests/notetool, tests/desktop): the program, which
-// the test's target names in NOTETOOL_PATH, run as a child in a scratch folder, notes to run
-// it on, and its outputs read back.
+// What the tests that run notetool share (tests/notetool, tests/desktop, and the viewer
+// plugins' tests, which hold their pages to notetool's): the program, which the test's target
+// names in NOTETOOL_PATH, run as a child in a scratch folder, notes to run it on, and its
+// outputs read back.
 
+#include <gtest/gtest.h>
 #include <png.h>
 
 #include <stdexcept>
@@ -56,6 +58,36 @@ inline std::vector<uint8_t> readPng(const std::string& path, unsigned& width, un
     width = image.width;
     height = image.height;
     return rgba;
+}
+
+// A picture's size and its 8-bit RGBA pixels, row after row.
+struct Picture {
+    unsigned width = 0, height = 0;
+    std::vector<uint8_t> rgba;
+};
+
+// The PNG that notetool writes with args, its path added last.
+inline Picture notetoolPicture(const ScratchDir& dir, std::vector<std::string> args) {
+    const std::string png = dir.path("notetool-picture.png");
+    args.push_back(png);
+    const ToolRun run = notetool(dir, std::move(args));
+    if (run.code != 0) throw std::runtime_error("notetool: " + run.err);
+    Picture picture;
+    picture.rgba = readPng(png, picture.width, picture.height);
+    return picture;
+}
+
+// Whether a host's picture is notetool's, and if not, where they first differ.
+inline ::testing::AssertionResult samePixels(const Picture& expected, const Picture& actual) {
+    if (actual.width != expected.width || actual.height != expected.height)
+        return ::testing::AssertionFailure() << "size " << actual.width << "x" << actual.height << ", expected "
+                                             << expected.width << "x" << expected.height;
+    for (std::size_t i = 0; i < expected.rgba.size(); ++i)
+        if (actual.rgba[i] != expected.rgba[i])
+            return ::testing::AssertionFailure() << "pixel " << i / 4 % expected.width << "," << i / 4 / expected.width
+                                                 << " channel " << i % 4 << " is " << int(actual.rgba[i]) << ", expected "
+                                                 << int(expected.rgba[i]);
+    return ::testing::AssertionSuccess();
 }
 
 }  // namespace notetest

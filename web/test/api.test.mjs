@@ -47,7 +47,6 @@ describe('pixels as notetool render gives them', { skip }, () => {
         { scale: 1, args: [] },
         { scale: 2, args: [] },
         { scale: 0.25, args: ['--transparent'], options: { background: 'transparent' } },
-        { scale: 1, args: ['--transparent'], options: { background: 'transparent' } },
         { scale: 1, args: ['--layers', 'BGLAYER,LAYER1'], options: { layers: ['BGLAYER', 'LAYER1'] } },
     ];
     for (const { scale, args, options = {} } of cases)
